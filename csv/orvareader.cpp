@@ -1,0 +1,247 @@
+#include "csv/orvareader.h"
+
+#include "csv/csvtext.h"
+#include "ld/ldx.h"
+#include "sdk/channelutils.h"
+#include "sdk/sdk_utils.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+#include <QtCore/QTextStream>
+#include <QtCore/QTime>
+#include <QtCore/QUuid>
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+using KOV::SDK::Channel;
+using KOV::SDK::ChannelUtils;
+using KOV::SDK::Lap;
+using KOV::SDK::LapHeader;
+using KOV::SDK::Session;
+using KOV::SDK::Value;
+
+namespace {
+
+constexpr QLatin1String lapDistanceName("lapdistpct");
+constexpr QLatin1String lapNumberName("lapnumber");
+constexpr QLatin1String lastLapTimeName("laplastlaptime");
+constexpr QLatin1String currentLapTimeName("lapcurrentlaptime");
+
+constexpr double percent = 0.01;
+constexpr double lapCutFall = 0.75; // of a lap: a larger fall of the distance is the start of a new lap
+constexpr int decimation = 6;       // a 360-per-second export is thinned to 60 per second
+
+QTime placeholderLapTime()
+{
+    return QTime(0, 0, 0, 0).addSecs(3599);
+}
+
+QString withoutQuotes(QString line)
+{
+    return line.remove(u'"');
+}
+
+QString valueName(const QString &columnName)
+{
+    return columnName.toLower().remove(u' ').remove(u'-');
+}
+
+// The logged time of the lap before, in seconds: the last positive sample, since it is written some rows into the lap.
+double loggedLapTime(const Channel &channel)
+{
+    for (long long i = channel.size() - 1; i >= 0; --i) {
+        if (channel.isValid(i) && channel.value(i) > 0.0)
+            return channel.value(i);
+    }
+    return KOV::SDK::invalidValue;
+}
+
+// Seconds that a file names, as milliseconds with the fraction dropped. Beyond an int's range the nearest bound stands
+// in: the conversion itself would be undefined there.
+int wholeMilliseconds(double seconds)
+{
+    constexpr double millisecondsPerSecond = 1000.0;
+    constexpr double lowest = std::numeric_limits<int>::min();
+    constexpr double highest = std::numeric_limits<int>::max();
+    return static_cast<int>(std::clamp(seconds * millisecondsPerSecond, lowest, highest));
+}
+
+enum class Block
+{
+    Header,
+    Columns,
+    Data
+};
+
+} // namespace
+
+ORVAReader::ORVAReader(QObject *parent)
+    : QObject(parent)
+{
+}
+
+void ORVAReader::fixLapTime(Lap *lap)
+{
+    const auto lapTime = lap->channel(currentLapTimeName);
+    const auto lapDistance = lap->channel(lapDistanceName);
+    if (lapTime && lapDistance)
+        ChannelUtils::normalizeChannelBeginning(lapTime.get(), lapDistance.get());
+}
+
+QList<QSharedPointer<Lap>> ORVAReader::importLaps(const QString &path)
+{
+    lastLapDistPct = 0.0;
+    decimate = false;
+    laps.clear();
+    session = Session::UnknownSession;
+
+    QFile file(path);
+    const QFileInfo fileInfo(file);
+    if (fileInfo.isFile() && file.open(QIODevice::ReadOnly)) {
+        const QString sidecar =
+            fileInfo.absolutePath() + QLatin1Char('/') + fileInfo.baseName() + QLatin1String(".ldx");
+        session = loadSession(sidecar);
+        const QMap<QString, Value> ldxValues = loadValues(sidecar);
+
+        startStint();
+        lap.header().sessionId = QUuid::createUuid();
+        QTextStream stream(&file);
+        QList<QString> channelNames;
+        QList<QString> channelUnits;
+        qint32 rowCounter = 0;
+        auto block = Block::Header;
+        while (!stream.atEnd()) {
+            QString line = stream.readLine();
+            switch (block) {
+            case Block::Header:
+                if (line.isEmpty())
+                    block = Block::Columns;
+                else
+                    processHeader(withoutQuotes(line));
+                break;
+            case Block::Columns:
+                if (channelNames.isEmpty()) {
+                    if (!line.isEmpty()) {
+                        for (const QString &name : withoutQuotes(line).split(u','))
+                            channelNames.append(valueName(name));
+                    }
+                } else if (channelUnits.isEmpty()) {
+                    channelUnits = withoutQuotes(line).split(u',');
+                } else {
+                    block = Block::Data;
+                }
+                break;
+            case Block::Data:
+                processCsvString(line);
+                if (line.isEmpty())
+                    break;
+                if (decimate && rowCounter++ % decimation != 0)
+                    break;
+                sample.dynamicData.clear();
+                const QList<QString> fields = line.split(u',');
+                for (qsizetype i = 0; i < std::min(fields.size(), channelNames.size()); ++i)
+                    sample.dynamicData.setValue(channelNames[i], fields[i].toDouble(), channelUnits.value(i));
+                processData();
+                break;
+            }
+        }
+        processLap(false);
+        for (const QSharedPointer<Lap> &done : std::as_const(laps)) {
+            for (auto entry = ldxValues.cbegin(); entry != ldxValues.cend(); ++entry)
+                done->header().dynamicData.setValue(entry.key(), entry.value());
+        }
+        setLapTimes();
+    }
+
+    Q_EMIT message(QLatin1String("Done; Laps read ") + QString::number(laps.size()), 0);
+    return laps;
+}
+
+void ORVAReader::processHeader(const QString &line)
+{
+    const QList<QString> fields = line.split(u',');
+    if (fields.size() < 2)
+        return;
+    const QString &key = fields[0];
+    const QString &value = fields[1];
+    if (key == QLatin1String("Venue"))
+        venue = value;
+    else if (key == QLatin1String("Vehicle"))
+        vehicle = value;
+    else if (key == QLatin1String("Driver"))
+        driver = value;
+    else if (key == QLatin1String("Sample Rate"))
+        decimate = value.contains(QLatin1String("360"));
+}
+
+void ORVAReader::startStint()
+{
+    lapCounter = -1;
+    startLap();
+    LapHeader &header = lap.header();
+    header.stintId = QUuid::createUuid();
+    header.lapKind = 0;
+    header.stintNumber = 1;
+}
+
+void ORVAReader::startLap()
+{
+    lap.clear();
+    LapHeader &header = lap.header();
+    header.lapId = QUuid::createUuid();
+    header.stintLapIndex = ++lapCounter;
+    header.lapNumber = sample.dynamicData.value(lapNumberName).toInt();
+    header.lapKind = 1;
+}
+
+void ORVAReader::processData()
+{
+    const double lapDistance = sample.dynamicData.value(lapDistanceName).toDouble() * percent;
+    sample.dynamicData.setValue(lapDistanceName, lapDistance, QString());
+    if (lastLapDistPct - lapDistance > lapCutFall)
+        processLap(true);
+    lastLapDistPct = lapDistance;
+    lap.addSample(sample);
+}
+
+void ORVAReader::processLap(bool completed)
+{
+    LapHeader &header = lap.header();
+    header.completed = completed;
+    if (!completed)
+        header.lapTime = placeholderLapTime();
+    header.carInfo.driverName = driver;
+    header.carInfo.carName = vehicle;
+    header.venueName = venue;
+    header.session = session;
+    preprocessLap();
+    auto done = QSharedPointer<Lap>::create();
+    *done = lap;
+    laps.append(done);
+    startLap();
+}
+
+void ORVAReader::preprocessLap()
+{
+    if (const auto lapDistance = lap.channel(lapDistanceName))
+        lapDistance->setUnit(QStringLiteral("pu"));
+}
+
+void ORVAReader::setLapTimes()
+{
+    for (qsizetype i = 0; i + 1 < laps.size(); ++i) {
+        const auto lastLapTime = laps[i + 1]->channel(lastLapTimeName);
+        if (!lastLapTime)
+            continue;
+        LapHeader &header = laps[i]->header();
+        const double seconds = loggedLapTime(*lastLapTime);
+        if (KOV::SDK::isValidValue(seconds))
+            header.lapTime = QTime(0, 0, 0, 0).addMSecs(wholeMilliseconds(seconds));
+        fixLapTime(laps[i].get());
+        if (header.lapTime.isNull() || header.lapTime == QTime(0, 0, 0, 0))
+            header.lapTime = placeholderLapTime();
+    }
+}

@@ -1,0 +1,58 @@
+#pragma once
+
+// Turns one text export into laps. Where laps begin and end is decided here.
+
+#include "sdk/lap.h"
+#include "sdk/sample.h"
+#include "sdk/session.h"
+
+#include <QtCore/QList>
+#include <QtCore/QObject>
+#include <QtCore/QSharedPointer>
+#include <QtCore/QString>
+
+/// Reader of one comma-separated export: header rows, channel names, units, data rows.
+///
+/// Made for one import and used on one thread. Laps are cut where the lap distance falls by more than three quarters of
+/// a lap; lap times are found in the lap that follows.
+class ORVAReader : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit ORVAReader(QObject *parent);
+
+    /// Reads the export at @p path and the .ldx sidecar that has its base name (up to the first dot) beside it.
+    ///
+    /// A path that is missing, cannot be opened or is no regular file (a pipe could block and a device never end) gives
+    /// an empty list; a file without data rows one lap without channels. What is no number reads as 0.0, a field that a
+    /// short row lacks as invalidValue, and fields behind the last channel name are dropped.
+    QList<QSharedPointer<KOV::SDK::Lap>> importLaps(const QString &path);
+
+    /// Repairs the channel "lapcurrentlaptime" of @p lap by its "lapdistpct"; without both nothing happens.
+    static void fixLapTime(KOV::SDK::Lap *lap);
+
+Q_SIGNALS:
+    /// Once an import, at its end.
+    void message(const QString &string, int verbose);
+
+private:
+    void processHeader(const QString &line);
+    void startStint();
+    void startLap();
+    void processData();
+    void processLap(bool completed);
+    void preprocessLap();
+    void setLapTimes();
+
+    KOV::SDK::Sample sample; // the data row in hand
+    KOV::SDK::Lap lap;       // the lap being filled
+    QList<QSharedPointer<KOV::SDK::Lap>> laps;
+    QString vehicle;
+    QString driver;
+    QString venue;
+    KOV::SDK::Session session = KOV::SDK::Session::UnknownSession;
+    double lastLapDistPct = 0.0;
+    qint32 lapCounter = -1;
+    bool decimate = false;
+};

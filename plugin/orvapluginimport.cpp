@@ -1,0 +1,37 @@
+#include "plugin/orvapluginimport.h"
+
+#include "csv/orvareader.h"
+
+QString ORVAPluginImport::pluginName() const
+{
+    return QStringLiteral("Motec's CSV import plugin");
+}
+
+QString ORVAPluginImport::sourceName() const
+{
+    return QStringLiteral("MoTeC");
+}
+
+QString ORVAPluginImport::pluginVersion() const
+{
+    return QStringLiteral("0.1");
+}
+
+QList<QString> ORVAPluginImport::availableImportFormats() const
+{
+    return {QStringLiteral("Comma separated text (*.csv)")};
+}
+
+QList<QSharedPointer<KOV::SDK::Lap>> ORVAPluginImport::import(const QString &path, const QString &format,
+                                                              const QMap<QString, QVariant> & /*options*/)
+{
+    ORVAReader reader(nullptr);
+    message(QLatin1String("Importing file ") + path + QLatin1String(" ..."), 0);
+    message(QLatin1String("Using format ") + format, 0);
+    QList<QSharedPointer<KOV::SDK::Lap>> laps = reader.importLaps(path);
+    for (const QSharedPointer<KOV::SDK::Lap> &lap : std::as_const(laps)) {
+        lap->header().carInfo.sourceName = sourceName();
+        lap->header().carInfo.pluginName = pluginName();
+    }
+    return laps;
+}

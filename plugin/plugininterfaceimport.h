@@ -1,0 +1,57 @@
+#pragma once
+
+// What a host sees of any import plug-in. This library's own: orvapluginimport.h.
+
+#include "orva_export.h"
+#include "sdk/dataemitter.h"
+#include "sdk/lap.h"
+
+#include <QtCore/QList>
+#include <QtCore/QMap>
+#include <QtCore/QSharedPointer>
+#include <QtCore/QString>
+#include <QtCore/QVariant>
+#include <QtCore/QtPlugin>
+
+namespace KOV::SDK {
+
+/// The contract between a host and an import plug-in.
+///
+/// A plug-in's root object derives from QObject first and from this class second, names both in Q_PLUGIN_METADATA and
+/// Q_INTERFACES, and implements the five pure operations; the rest comes with this class. The host gets the root object
+/// from QPluginLoader and reaches this part of it with qobject_cast.
+class ORVA_EXPORT PluginInterfaceImport
+{
+public:
+    PluginInterfaceImport();
+    virtual ~PluginInterfaceImport();
+
+    /// The plug-in's name; it stands in front of every message.
+    virtual QString pluginName() const = 0;
+    /// Where the plug-in's data come from.
+    virtual QString sourceName() const = 0;
+    virtual QString pluginVersion() const = 0;
+    /// The formats for a file dialogue, such as "Comma separated text (*.csv)".
+    virtual QList<QString> availableImportFormats() const = 0;
+    /// Reads the file at @p path and returns its laps.
+    ///
+    /// @p format is one of availableImportFormats(), @p options are the plug-in's own. Blocks until the file is read.
+    /// There is no error: a file that cannot be read gives no laps.
+    virtual QList<QSharedPointer<KOV::SDK::Lap>> import(const QString &path, const QString &format,
+                                                        const QMap<QString, QVariant> &options) = 0;
+
+    /// The plug-in's signal hub: never null, the same for the life of the plug-in, and gone with it.
+    DataEmitter *dataEmitter() { return &emitter; }
+    /// Emits DataEmitter::sendMessage on the caller's thread, with "[" + pluginName() + " plugin] " in front of
+    /// @p text and @p verbose as it is.
+    void message(const QString &text, int verbose);
+
+private:
+    Q_DISABLE_COPY_MOVE(PluginInterfaceImport)
+
+    DataEmitter emitter;
+};
+
+} // namespace KOV::SDK
+
+Q_DECLARE_INTERFACE(KOV::SDK::PluginInterfaceImport, "kovdata.PluginInterfaceImport/0.2")

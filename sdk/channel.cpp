@@ -1,0 +1,36 @@
+#include "sdk/channel.h"
+
+namespace KOV::SDK {
+
+Channel::Channel(std::initializer_list<double> samples)
+    : values(samples)
+{
+}
+
+void Channel::append(std::span<const double> block)
+{
+    values.insert(values.end(), block.begin(), block.end());
+}
+
+void Channel::reserve(long long count)
+{
+    if (count > static_cast<long long>(values.capacity()))
+        values.reserve(static_cast<std::size_t>(count));
+}
+
+void Channel::resize(long long count)
+{
+    values.resize(static_cast<std::size_t>(count), 0.0);
+}
+
+void Channel::popFront(long long count)
+{
+    values.erase(values.begin(), values.begin() + count);
+}
+
+void Channel::shrinkToFit()
+{
+    values.shrink_to_fit();
+}
+
+} // namespace KOV::SDK

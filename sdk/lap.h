@@ -1,0 +1,70 @@
+#pragma once
+
+// The unit an import delivers: a header (lapheader.h) and named channels (channel.h).
+
+#include "orva_export.h"
+#include "sdk/channel.h"
+#include "sdk/lapheader.h"
+#include "sdk/sample.h"
+
+#include <QtCore/QList>
+#include <QtCore/QSharedPointer>
+#include <QtCore/QString>
+
+#include <unordered_map>
+
+namespace KOV::SDK {
+
+/// A lap's header and its channels by name, in two separate name spaces: recorded ones come from the log, calculated
+/// ones are derived from others.
+///
+/// A lap shares its channels and never copies samples: a copied lap holds the same Channel objects. All recorded
+/// channels are equally long; addSample sees to that, and whoever uses addChannel answers for it.
+/// Filled by one thread and handed over when finished: nothing is synchronised.
+class ORVA_EXPORT Lap
+{
+public:
+    LapHeader &header() { return lapHeader; }
+    const LapHeader &header() const { return lapHeader; }
+
+    /// Appends one row: a value to each recorded channel.
+    ///
+    /// The first row makes the channels, units included. Later, a channel that the row lacks gets invalidValue, and a
+    /// name that is new gets a channel whose earlier samples are invalidValue; a known channel keeps its first unit.
+    /// Values go through QVariant::toDouble, so what is no number arrives as 0.0. The usual row, with the names of the
+    /// row before, costs one look-up and one append a channel. A row must hold valid variants only: an invalid one
+    /// leaves its channel a sample short. At most 2^31 - 1 rows.
+    void addSample(const Sample &sample);
+
+    /// The recorded channel @p name, or null.
+    QSharedPointer<Channel> channel(const QString &name) const;
+    /// The calculated channel @p name, or null.
+    QSharedPointer<Channel> calculatedChannel(const QString &name) const;
+    /// Adds or replaces a channel. Its length is not checked against the others.
+    void addChannel(QSharedPointer<Channel> channel, const QString &name);
+    void addCalculatedChannel(QSharedPointer<Channel> channel, const QString &name);
+    void removeRecordedChannel(const QString &name);
+    void removeCalculatedChannel(const QString &name);
+    bool containsRecordedChannel(const QString &name) const;
+    bool containsCalculatedChannel(const QString &name) const;
+    bool containsChannel(const QString &name) const;
+    /// All recorded names, ascending by UTF-16 code unit.
+    QList<QString> getAvailableRecordedChannels() const;
+    QList<QString> getAvailableCalculatedChannels() const;
+
+    /// Number of samples: the length of any recorded channel, or of any calculated one where none is recorded.
+    long long size() const;
+    /// Whether there is no channel; a lap with channels of length 0 is not empty.
+    bool isEmpty() const { return recordedChannels.empty() && calculatedChannels.empty(); }
+    /// Lets go of all channels and of the header's dynamicData; the rest of the header stays for the next lap.
+    void clear();
+
+private:
+    using ChannelMap = std::unordered_map<QString, QSharedPointer<Channel>>;
+
+    LapHeader lapHeader;
+    ChannelMap recordedChannels;
+    ChannelMap calculatedChannels;
+};
+
+} // namespace KOV::SDK
