@@ -1,14 +1,15 @@
 #include "csv/orvareader.h"
 
-#include "csv/csvtext.h"
+#include "csv/columnplan.h"
+#include "csv/csvrow.h"
+#include "csv/linereader.h"
+#include "csv/rowstage.h"
 #include "ld/ldx.h"
 #include "sdk/channelutils.h"
 #include "sdk/sdk_utils.h"
 
-#include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
-#include <QtCore/QTextStream>
 #include <QtCore/QTime>
 #include <QtCore/QUuid>
 
@@ -33,6 +34,7 @@ constexpr QLatin1String currentLapTimeName("lapcurrentlaptime");
 constexpr double percent = 0.01;
 constexpr double lapCutFall = 0.75; // of a lap: a larger fall of the distance is the start of a new lap
 constexpr int decimation = 6;       // a 360-per-second export is thinned to 60 per second
+constexpr long long spareRoom = 16; // one part in so many of a lap's room may stand empty
 
 QTime placeholderLapTime()
 {
@@ -42,11 +44,6 @@ QTime placeholderLapTime()
 QString withoutQuotes(QString line)
 {
     return line.remove(u'"');
-}
-
-QString valueName(const QString &columnName)
-{
-    return columnName.toLower().remove(u' ').remove(u'-');
 }
 
 // The logged time of the lap before, in seconds: the last positive sample, since it is written some rows into the lap.
@@ -100,55 +97,20 @@ QList<QSharedPointer<Lap>> ORVAReader::importLaps(const QString &path)
 
     QFile file(path);
     const QFileInfo fileInfo(file);
-    if (fileInfo.isFile() && file.open(QIODevice::ReadOnly)) {
+    if (fileInfo.isFile() && file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         const QString sidecar =
             fileInfo.absolutePath() + QLatin1Char('/') + fileInfo.baseName() + QLatin1String(".ldx");
         session = loadSession(sidecar);
         const QMap<QString, Value> ldxValues = loadValues(sidecar);
-
         startStint();
         lap.header().sessionId = QUuid::createUuid();
-        QTextStream stream(&file);
-        QList<QString> channelNames;
-        QList<QString> channelUnits;
-        qint32 rowCounter = 0;
-        auto block = Block::Header;
-        while (!stream.atEnd()) {
-            QString line = stream.readLine();
-            switch (block) {
-            case Block::Header:
-                if (line.isEmpty())
-                    block = Block::Columns;
-                else
-                    processHeader(withoutQuotes(line));
-                break;
-            case Block::Columns:
-                if (channelNames.isEmpty()) {
-                    if (!line.isEmpty()) {
-                        for (const QString &name : withoutQuotes(line).split(u','))
-                            channelNames.append(valueName(name));
-                    }
-                } else if (channelUnits.isEmpty()) {
-                    channelUnits = withoutQuotes(line).split(u',');
-                } else {
-                    block = Block::Data;
-                }
-                break;
-            case Block::Data:
-                processCsvString(line);
-                if (line.isEmpty())
-                    break;
-                if (decimate && rowCounter++ % decimation != 0)
-                    break;
-                sample.dynamicData.clear();
-                const QList<QString> fields = line.split(u',');
-                for (qsizetype i = 0; i < std::min(fields.size(), channelNames.size()); ++i)
-                    sample.dynamicData.setValue(channelNames[i], fields[i].toDouble(), channelUnits.value(i));
-                processData();
-                break;
-            }
-        }
+
+        LineReader lines(&file);
+        ColumnPlan plan;
+        if (readPreamble(lines, &plan))
+            readRows(lines, plan);
         processLap(false);
+
         for (const QSharedPointer<Lap> &done : std::as_const(laps)) {
             for (auto entry = ldxValues.cbegin(); entry != ldxValues.cend(); ++entry)
                 done->header().dynamicData.setValue(entry.key(), entry.value());
@@ -158,6 +120,80 @@ QList<QSharedPointer<Lap>> ORVAReader::importLaps(const QString &path)
 
     Q_EMIT message(QLatin1String("Done; Laps read ") + QString::number(laps.size()), 0);
     return laps;
+}
+
+// Reads up to the first data row; false if the file ends before.
+bool ORVAReader::readPreamble(LineReader &lines, ColumnPlan *plan)
+{
+    enum class Block
+    {
+        Header,
+        Columns
+    };
+    auto block = Block::Header;
+    while (lines.next()) {
+        const QString line = lines.text();
+        if (block == Block::Header) {
+            if (line.isEmpty())
+                block = Block::Columns;
+            else
+                processHeader(withoutQuotes(line));
+        } else if (!plan->hasNames()) {
+            if (!line.isEmpty())
+                plan->setNames(withoutQuotes(line));
+        } else if (!plan->hasUnits()) {
+            plan->setUnits(withoutQuotes(line));
+        } else {
+            return true; // this line separates the columns from the data and says nothing
+        }
+    }
+    return false;
+}
+
+void ORVAReader::readRows(LineReader &lines, const ColumnPlan &plan)
+{
+    RowStage stage(&plan, lapDistanceName);
+    qint32 rowCounter = 0;
+    while (lines.next()) {
+        if (decimate) {
+            if (lines.bytes() && Csv::isEmptyRow(*lines.bytes()))
+                continue;
+            const bool isSkipped = rowCounter != 0;
+            rowCounter = (rowCounter + 1) % decimation;
+            if (isSkipped)
+                continue;
+        }
+        const std::span<double> row = stage.row();
+        const std::size_t fieldCount = Csv::readRow(lines, row);
+        if (fieldCount == 0)
+            continue;
+
+        const double lapDistance = stage.derivedSource() * percent;
+        const bool startsLap = isLapCut(lapDistance);
+        if (fieldCount == row.size() && stage.isBound() && !startsLap) {
+            lastLapDistPct = lapDistance;
+            stage.commit(lapDistance);
+            continue;
+        }
+
+        stage.flush();
+        stage.unbind();
+        sample.dynamicData.clear();
+        for (std::size_t column = 0; column < fieldCount; ++column)
+            sample.dynamicData.setValue(plan.name(column), row[column], plan.unit(column));
+        processData();
+        stage.bind(&lap, expectedRows());
+    }
+    stage.flush();
+}
+
+// A little more than the lap before had: laps of one log are much of a length, and growing step by step is slow.
+long long ORVAReader::expectedRows() const
+{
+    if (laps.isEmpty())
+        return 0;
+    const long long rows = laps.constLast()->size();
+    return rows + rows / spareRoom;
 }
 
 void ORVAReader::processHeader(const QString &line)
@@ -197,11 +233,16 @@ void ORVAReader::startLap()
     header.lapKind = 1;
 }
 
+bool ORVAReader::isLapCut(double lapDistance) const
+{
+    return lastLapDistPct - lapDistance > lapCutFall;
+}
+
 void ORVAReader::processData()
 {
     const double lapDistance = sample.dynamicData.value(lapDistanceName).toDouble() * percent;
     sample.dynamicData.setValue(lapDistanceName, lapDistance, QString());
-    if (lastLapDistPct - lapDistance > lapCutFall)
+    if (isLapCut(lapDistance))
         processLap(true);
     lastLapDistPct = lapDistance;
     lap.addSample(sample);
@@ -218,6 +259,7 @@ void ORVAReader::processLap(bool completed)
     header.venueName = venue;
     header.session = session;
     preprocessLap();
+    releaseSpareRoom();
     auto done = QSharedPointer<Lap>::create();
     *done = lap;
     laps.append(done);
@@ -228,6 +270,16 @@ void ORVAReader::preprocessLap()
 {
     if (const auto lapDistance = lap.channel(lapDistanceName))
         lapDistance->setUnit(QStringLiteral("pu"));
+}
+
+// Channels grow ahead of their samples; a finished lap keeps no more room than it may need for a lap of usual length.
+void ORVAReader::releaseSpareRoom()
+{
+    for (const QString &name : lap.getAvailableRecordedChannels()) {
+        const auto channel = lap.channel(name);
+        if (channel->capacity() - channel->size() > channel->size() / spareRoom)
+            channel->shrinkToFit();
+    }
 }
 
 void ORVAReader::setLapTimes()

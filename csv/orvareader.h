@@ -11,6 +11,9 @@
 #include <QtCore/QSharedPointer>
 #include <QtCore/QString>
 
+class ColumnPlan;
+class LineReader;
+
 /// Reader of one comma-separated export: header rows, channel names, units, data rows.
 ///
 /// Made for one import and used on one thread. Laps are cut where the lap distance falls by more than three quarters of
@@ -37,12 +40,17 @@ Q_SIGNALS:
     void message(const QString &string, int verbose);
 
 private:
+    bool readPreamble(LineReader &lines, ColumnPlan *plan);
+    void readRows(LineReader &lines, const ColumnPlan &plan);
+    long long expectedRows() const;
     void processHeader(const QString &line);
     void startStint();
     void startLap();
+    bool isLapCut(double lapDistance) const;
     void processData();
     void processLap(bool completed);
     void preprocessLap();
+    void releaseSpareRoom();
     void setLapTimes();
 
     KOV::SDK::Sample sample; // the data row in hand

@@ -14,7 +14,7 @@ void Channel::append(std::span<const double> block)
 
 void Channel::reserve(long long count)
 {
-    if (count > static_cast<long long>(values.capacity()))
+    if (count > capacity())
         values.reserve(static_cast<std::size_t>(count));
 }
 

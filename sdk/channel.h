@@ -43,6 +43,8 @@ public:
 
     long long size() const { return static_cast<long long>(values.size()); }
     bool isEmpty() const { return values.empty(); }
+    /// Number of samples that there is room for.
+    long long capacity() const { return static_cast<long long>(values.capacity()); }
     /// Makes room for exactly @p count samples in all, unless there is room already.
     void reserve(long long count);
     /// Cuts the tail off, or extends with 0.0 (which is a valid sample), to @p count samples.

@@ -1,0 +1,60 @@
+#include "csv/columnplan.h"
+
+#include <QtCore/QHash>
+
+namespace {
+
+// Gives equal texts one index, in order of first appearance.
+class TextIndex
+{
+public:
+    explicit TextIndex(QList<QString> *texts)
+        : texts(texts)
+    {
+    }
+
+    qint32 indexOf(const QString &text)
+    {
+        const auto next = static_cast<qint32>(texts->size());
+        const auto entry = indexes.constFind(text);
+        if (entry != indexes.cend())
+            return *entry;
+        indexes.insert(text, next);
+        texts->append(text);
+        return next;
+    }
+
+private:
+    QHash<QString, qint32> indexes;
+    QList<QString> *texts;
+};
+
+QString valueName(QStringView title)
+{
+    return title.toString().toLower().remove(u' ').remove(u'-');
+}
+
+} // namespace
+
+void ColumnPlan::setNames(const QString &row)
+{
+    TextIndex index(&names);
+    for (const QStringView title : QStringView(row).tokenize(u',')) {
+        const qint32 name = index.indexOf(valueName(title));
+        lastColumnOfName.resize(static_cast<std::size_t>(names.size()));
+        lastColumnOfName[static_cast<std::size_t>(name)] = columns.size();
+        columns.push_back({name, -1});
+    }
+}
+
+void ColumnPlan::setUnits(const QString &row)
+{
+    TextIndex index(&units);
+    std::size_t column = 0;
+    for (const QStringView unit : QStringView(row).tokenize(u',')) {
+        if (column == columns.size())
+            break;
+        columns[column++].unit = index.indexOf(unit.toString());
+    }
+    unitsAreSet = true;
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+// What the two column rows of a text export say: which channel a field belongs to. Used by rowstage.h and orvareader.h.
+
+#include <QtCore/QList>
+#include <QtCore/QString>
+
+#include <vector>
+
+/// Value names and units by column. A value name is the column's title in lower case without blanks and minus signs.
+///
+/// Made once a file, so that nothing is normalised or looked up a row. Eight bytes a column and each name and unit
+/// once.
+class ColumnPlan
+{
+public:
+    /// The channel-name row, without quotes.
+    void setNames(const QString &row);
+    /// The unit row, without quotes. Columns behind its last entry have a null unit.
+    void setUnits(const QString &row);
+
+    bool hasNames() const { return !columns.empty(); }
+    bool hasUnits() const { return unitsAreSet; }
+    std::size_t columnCount() const { return columns.size(); }
+    const QString &name(std::size_t column) const { return names[columns[column].name]; }
+    /// Null where the file gives none.
+    QString unit(std::size_t column) const
+    {
+        return columns[column].unit < 0 ? QString() : units[columns[column].unit];
+    }
+
+    /// Each value name once.
+    const QList<QString> &distinctNames() const { return names; }
+    /// For each of distinctNames(), the last column of that name: the one that counts where titles repeat.
+    const std::vector<std::size_t> &lastColumns() const { return lastColumnOfName; }
+
+private:
+    struct Column
+    {
+        qint32 name = 0;
+        qint32 unit = -1;
+    };
+
+    std::vector<Column> columns;
+    QList<QString> names;
+    QList<QString> units;
+    std::vector<std::size_t> lastColumnOfName;
+    bool unitsAreSet = false;
+};

@@ -1,0 +1,85 @@
+#include "csv/csvnumber.h"
+
+#include <QtCore/QString>
+
+#include <algorithm>
+
+namespace Csv {
+
+namespace {
+
+// Up to this many digits any integer is exact in a double, and so are the powers of ten below: one multiplication or
+// division of the two rounds once, like any correct conversion.
+constexpr int exactDigits = 15;
+constexpr std::array exactPowersOfTen{1.0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                      1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+bool isDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+// `-?digits[.digits][e[+-]digits]` with few enough digits; nothing for any other text.
+std::optional<double> shortDecimal(std::string_view text)
+{
+    const char *at = text.data();
+    const char *const end = at + text.size();
+    const bool isNegative = at != end && *at == '-';
+    if (isNegative)
+        ++at;
+
+    qint64 integer = 0;
+    int digits = 0;
+    int exponent = 0;
+    const auto readDigits = [&] {
+        for (; at != end && isDigit(*at) && digits <= exactDigits; ++at, ++digits)
+            integer = integer * 10 + (*at - '0');
+    };
+    readDigits();
+    if (at != end && *at == '.') {
+        const char *const fraction = ++at;
+        readDigits();
+        exponent = static_cast<int>(fraction - at);
+    }
+    if (digits == 0 || digits > exactDigits)
+        return std::nullopt;
+
+    if (at != end && (*at == 'e' || *at == 'E')) {
+        ++at;
+        const bool isDown = at != end && *at == '-';
+        if (at != end && (*at == '-' || *at == '+'))
+            ++at;
+        if (end - at < 1 || end - at > 3)
+            return std::nullopt;
+        int written = 0;
+        for (; at != end && isDigit(*at); ++at)
+            written = written * 10 + (*at - '0');
+        exponent += isDown ? -written : written;
+    }
+    constexpr auto largestPower = static_cast<int>(exactPowersOfTen.size()) - 1;
+    if (at != end || exponent < -largestPower || exponent > largestPower)
+        return std::nullopt;
+
+    auto value = static_cast<double>(integer);
+    if (exponent < 0)
+        value /= exactPowersOfTen[static_cast<std::size_t>(-exponent)];
+    else
+        value *= exactPowersOfTen[static_cast<std::size_t>(exponent)];
+    return isNegative ? -value : value;
+}
+
+} // namespace
+
+double toDouble(std::string_view text)
+{
+    if (const std::optional<double> value = shortDecimal(text))
+        return *value;
+    constexpr std::size_t roomOnStack = 64;
+    if (text.size() > roomOnStack)
+        return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size())).toDouble();
+    std::array<char16_t, roomOnStack> wide{};
+    std::copy(text.begin(), text.end(), wide.begin());
+    return QStringView(wide.data(), static_cast<qsizetype>(text.size())).toDouble();
+}
+
+} // namespace Csv

@@ -1,0 +1,135 @@
+#include "csv/linereader.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr std::size_t blockSize = 256 * 1024;
+constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
+
+char16_t code(char c)
+{
+    return static_cast<unsigned char>(c);
+}
+
+char16_t code(QChar c)
+{
+    return c.unicode();
+}
+
+// The length of a line without its ending: one LF, and one CR in front of that or of the end of the file.
+template <typename View>
+auto lengthWithoutEnding(const View &line)
+{
+    auto length = line.size();
+    if (length > 0 && code(line[length - 1]) == u'\n')
+        --length;
+    if (length > 0 && code(line[length - 1]) == u'\r')
+        --length;
+    return length;
+}
+
+} // namespace
+
+LineReader::LineReader(QIODevice *device)
+    : device(device)
+    , buffer(blockSize + slack)
+{
+    while (end < utf8Mark.size() + 1 && readBlock()) { // as many bytes as the longest mark has
+    }
+    const QByteArrayView start(buffer.data(), static_cast<qsizetype>(end));
+    const auto encoding = QStringConverter::encodingForData(start);
+    if (encoding && *encoding != QStringConverter::Utf8)
+        wideDecoder.emplace(*encoding);
+    else if (std::string_view(buffer.data(), end).starts_with(utf8Mark))
+        begin = utf8Mark.size();
+}
+
+bool LineReader::next()
+{
+    return wideDecoder ? nextOfWideText() : nextOfBytes();
+}
+
+// Adds what the device has to the buffer, behind its last byte; false at the end of the file.
+bool LineReader::readBlock()
+{
+    if (begin > 0) {
+        std::copy(buffer.begin() + static_cast<std::ptrdiff_t>(begin),
+                  buffer.begin() + static_cast<std::ptrdiff_t>(end), buffer.begin());
+        end -= begin;
+        begin = 0;
+    }
+    const std::size_t room = buffer.size() - slack;
+    if (end == room)
+        buffer.resize(2 * room + slack);
+    const qint64 count = device->read(buffer.data() + end, static_cast<qint64>(buffer.size() - slack - end));
+    isAtEnd = count <= 0;
+    if (!isAtEnd)
+        end += static_cast<std::size_t>(count);
+    return !isAtEnd;
+}
+
+bool LineReader::nextOfBytes()
+{
+    std::size_t searched = 0;
+    const char *newline = nullptr;
+    for (;;) {
+        const char *from = buffer.data() + begin + searched;
+        newline = static_cast<const char *>(std::memchr(from, '\n', end - begin - searched));
+        if (newline)
+            break;
+        searched = end - begin;
+        if (isAtEnd || !readBlock())
+            break;
+    }
+    const std::size_t length = newline ? static_cast<std::size_t>(newline - buffer.data()) + 1 - begin : end - begin;
+    rawLine = {buffer.data() + begin, length};
+    line = rawLine.substr(0, lengthWithoutEnding(rawLine));
+    begin += length;
+    return length > 0;
+}
+
+bool LineReader::nextOfWideText()
+{
+    qsizetype newline = -1;
+    qsizetype searched = 0;
+    for (;;) {
+        newline = wideBuffer.indexOf(u'\n', wideBegin + searched);
+        if (newline >= 0)
+            break;
+        searched = wideBuffer.size() - wideBegin;
+        if (begin == end && (isAtEnd || !readBlock()))
+            break;
+        wideBuffer.remove(0, wideBegin);
+        wideBegin = 0;
+        wideBuffer += wideDecoder->decode(QByteArrayView(buffer.data() + begin, static_cast<qsizetype>(end - begin)));
+        begin = end;
+    }
+    const qsizetype length = (newline >= 0 ? newline + 1 : wideBuffer.size()) - wideBegin;
+    wideLine = QStringView(wideBuffer).sliced(wideBegin, length);
+    wideLine = wideLine.first(lengthWithoutEnding(wideLine));
+    wideBegin += length;
+
+    const bool isAscii = std::all_of(wideLine.begin(), wideLine.end(), [](QChar c) { return c.unicode() < 0x80; });
+    line.reset();
+    if (isAscii) {
+        narrowLine.resize(static_cast<std::size_t>(wideLine.size()) + slack);
+        std::transform(wideLine.begin(), wideLine.end(), narrowLine.begin(), [](QChar c) { return c.toLatin1(); });
+        line = std::string_view(narrowLine).substr(0, narrowLine.size() - slack);
+    }
+    return length > 0;
+}
+
+QString LineReader::text() const
+{
+    if (wideDecoder)
+        return wideLine.toString();
+    // A decoder of its own, since QString::fromUtf8 would drop a mark at the beginning of a line in mid-file and would
+    // not drop a sequence that the end of the file cuts off. The ending goes last: it tells a broken sequence from a
+    // cut one.
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+    QString text = decoder.decode(QByteArrayView(rawLine.data(), static_cast<qsizetype>(rawLine.size())));
+    text.truncate(lengthWithoutEnding(text));
+    return text;
+}

@@ -1,0 +1,57 @@
+#pragma once
+
+// The lines of a text file as views into one buffer. What a row of them means: csvrow.h.
+
+#include <QtCore/QIODevice>
+#include <QtCore/QString>
+#include <QtCore/QStringDecoder>
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Walks a device line by line, and gives the lines that QTextStream::readLine with default settings gives.
+///
+/// A byte order mark at the start decides between UTF-8 (also the default), UTF-16 and UTF-32. LF and CR LF end a line,
+/// a lone CR does not; the last line needs no ending. Each invalid byte of UTF-8 reads as one U+FFFD, and a sequence
+/// that the end of the file cuts off as nothing. A read error counts as the end.
+///
+/// Memory: two blocks of 256 KiB, or two to four times the longest line.
+class LineReader
+{
+public:
+    /// Bytes behind a line that may be read, though they mean nothing: number readers load words.
+    static constexpr std::size_t slack = 8;
+
+    /// Reads from @p device, which is open and outlives the reader.
+    explicit LineReader(QIODevice *device);
+
+    /// Goes to the next line; false when there is none.
+    bool next();
+
+    /// The line without its ending, in ASCII or something near UTF-8; the view lives until next(). Nothing where the
+    /// file is in another encoding and the line is not ASCII: text() alone has it then. A line with bytes above 127 is
+    /// to be read through text(), which knows what becomes of broken ones.
+    const std::optional<std::string_view> &bytes() const { return line; }
+    /// The line without its ending, decoded anew on each call.
+    QString text() const;
+
+private:
+    bool nextOfBytes();
+    bool nextOfWideText();
+    bool readBlock();
+
+    QIODevice *device;
+    std::optional<QStringDecoder> wideDecoder; // set when the file is not UTF-8
+    std::vector<char> buffer;                  // the bytes from `begin` to `end` are still to be given out
+    std::size_t begin = 0;
+    std::size_t end = 0;
+    bool isAtEnd = false;
+    std::string_view rawLine; // with its ending, in `buffer`
+    QString wideBuffer;
+    qsizetype wideBegin = 0;
+    QStringView wideLine;
+    std::string narrowLine; // an ASCII line of a wide file
+    std::optional<std::string_view> line;
+};
