@@ -3,6 +3,7 @@
 #include <QtCore/QString>
 
 #include <algorithm>
+#include <optional>
 
 namespace Csv {
 

@@ -66,50 +66,59 @@ quint64 parityUpTo(quint64 bits)
     return bits;
 }
 
-// A field that begins with a quote: a number that loses its quotes, or a text that keeps them and so reads as 0.
-// Nothing when the comma or a quote inside makes that a matter of the whole row.
-std::optional<double> quotedField(std::string_view field)
+bool isDigits(std::string_view text)
 {
-    if (field.size() < 2 || field.back() != quote)
-        return std::nullopt;
-    const std::string_view content = field.substr(1, field.size() - 2);
-    const bool startsWithDigit =
-        !content.empty() && isDigit(content[content.front() == '-' && content.size() > 1 ? 1 : 0]);
-    if (startsWithDigit) {
-        if (const auto value = wordDecimal(content, ','))
-            return value;
-        if (wordDecimal(content, '.'))
-            return 0.0;
-    }
-    if (content.find(quote) != std::string_view::npos)
-        return std::nullopt;
-    const std::size_t comma = content.find(',');
-    if (comma == std::string_view::npos) {
-        const bool isInteger = startsWithDigit && std::all_of(content.begin() + 1, content.end(), isDigit);
-        return isInteger ? toDouble(content) : 0.0;
-    }
-    constexpr std::size_t longestNumber = 64;
-    if (!startsWithDigit || content.size() > longestNumber ||
-        !std::all_of(content.begin() + 1, content.begin() + static_cast<std::ptrdiff_t>(comma), isDigit) ||
-        !std::all_of(content.begin() + static_cast<std::ptrdiff_t>(comma) + 1, content.end(), isDigit))
-        return std::nullopt;
-    std::array<char, longestNumber> withPoint{};
-    std::copy(content.begin(), content.end(), withPoint.begin());
-    withPoint[comma] = '.';
-    return toDouble({withPoint.data(), content.size()});
+    return std::all_of(text.begin(), text.end(), isDigit);
 }
 
-std::optional<double> readField(std::string_view field)
+// A quoted field that is no short number: a longer number loses its quotes, a text keeps them and so reads as 0.
+bool readLongQuoted(std::string_view content, double *value)
 {
-    if (field.empty())
-        return 0.0;
-    if (field.front() == quote)
-        return quotedField(field);
-    if (const auto value = wordDecimal(field, '.'))
-        return value;
-    if (field.find(quote) != std::string_view::npos)
-        return std::nullopt;
-    return toDouble(field);
+    if (content.find(quote) != std::string_view::npos)
+        return false;
+    const std::size_t comma = content.find(',');
+    const std::size_t sign = content.starts_with('-') ? 1 : 0;
+    const std::string_view integer = content.substr(sign, comma - sign);
+    const bool startsAsInteger = !integer.empty() && isDigits(integer);
+    if (comma == std::string_view::npos) {
+        *value = startsAsInteger ? toDouble(content) : 0.0;
+        return true;
+    }
+    std::array<char, 64> withPoint{};
+    if (!startsAsInteger || !isDigits(content.substr(comma + 1)) || content.size() > withPoint.size())
+        return false;
+    std::copy(content.begin(), content.end(), withPoint.begin());
+    withPoint[comma] = '.';
+    *value = toDouble({withPoint.data(), content.size()});
+    return true;
+}
+
+// Stores the number of one field, or answers false when a comma or a quote in it makes that a matter of the whole row.
+inline bool readField(std::string_view field, double *value)
+{
+    if (field.empty()) {
+        *value = 0.0;
+        return true;
+    }
+    if (field.front() != quote) {
+        if (wordDecimal(field, '.', value))
+            return true;
+        if (field.find(quote) != std::string_view::npos)
+            return false;
+        *value = toDouble(field);
+        return true;
+    }
+    if (field.size() < 2 || field.back() != quote)
+        return false;
+    const std::string_view content = field.substr(1, field.size() - 2);
+    const bool startsWithSign = content.starts_with(',') || content.starts_with("-,");
+    if (!startsWithSign && wordDecimal(content, ',', value))
+        return true;
+    if (wordDecimal(content, '.', value)) {
+        *value = 0.0; // a point is no decimal sign in quotes
+        return true;
+    }
+    return readLongQuoted(content, value);
 }
 
 // As many fields as readRow promises, or 0 when the row has to go the plain way.
@@ -126,20 +135,14 @@ std::size_t readRowQuickly(std::string_view line, std::span<double> values)
         inQuotes = quoted >> 63 ? ~quint64(0) : 0;
         for (quint64 separators = bits.commas & ~quoted; separators != 0; separators &= separators - 1) {
             const std::size_t fieldEnd = at + static_cast<std::size_t>(std::countr_zero(separators));
-            const auto value = readField(line.substr(fieldBegin, fieldEnd - fieldBegin));
-            if (!value)
+            if (!readField({line.data() + fieldBegin, fieldEnd - fieldBegin}, &values[count]))
                 return 0;
-            values[count++] = *value;
-            if (count == values.size())
+            if (++count == values.size())
                 return count;
             fieldBegin = fieldEnd + 1;
         }
     }
-    const auto value = readField(line.substr(fieldBegin));
-    if (!value)
-        return 0;
-    values[count++] = *value;
-    return count;
+    return readField(line.substr(fieldBegin), &values[count]) ? count + 1 : 0;
 }
 
 } // namespace

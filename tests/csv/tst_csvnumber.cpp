@@ -28,8 +28,8 @@ bool matchesQt(const QByteArray &text)
     const double expected = QString::fromLatin1(text).toDouble();
     const QByteArray padded = text + QByteArray(8, '7'); // what stands behind the text must not matter
     const std::string_view view(padded.constData(), static_cast<std::size_t>(text.size()));
-    const auto word = Csv::wordDecimal(view, '.');
-    return sameBits(Csv::toDouble(view), expected) && (!word || sameBits(*word, expected));
+    double word = 0.0;
+    return sameBits(Csv::toDouble(view), expected) && (!Csv::wordDecimal(view, '.', &word) || sameBits(word, expected));
 }
 
 } // namespace
