@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr std::size_t blockSize = 256 * 1024;
+constexpr std::size_t blockSize = std::size_t{256} * 1024;
 constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
 
 char16_t code(char c)

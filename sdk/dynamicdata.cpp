@@ -22,6 +22,7 @@ void DynamicData::setValue(QString name, Value value)
     entries.insert_or_assign(std::move(name), std::move(value));
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): hosts and plug-ins are built against this signature
 void DynamicData::setValue(QString name, QVariant value, QString unit)
 {
     setValue(std::move(name), Value(value, std::move(unit)));

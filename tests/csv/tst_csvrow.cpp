@@ -98,8 +98,7 @@ void TestCsvRow::bothWaysAgree_data()
                             ",",
                             " 1 ,2",
                             "1e-3,nan,inf,-",
-                            "\xC2\xA0"
-                            "5,6",
+                            "\xC2\xA0 5,6",
                             "1\xFF,2",
                             R"("1"2,"3",4)",
                             R"("1" ,"3")",

@@ -5,7 +5,7 @@
 #include <QtTest/QSignalSpy>
 
 using namespace KOV::SDK;
-using Testing::sameBits;
+
 using Testing::sameSamples;
 using Laps = QList<QSharedPointer<Lap>>;
 
@@ -53,7 +53,7 @@ private:
         const QString path = files.write(name, content);
         ORVAReader reader(nullptr);
         QSignalSpy messages(&reader, &ORVAReader::message);
-        const Laps laps = reader.importLaps(path);
+        Laps laps = reader.importLaps(path);
         if (messages.size() != 1 || messages[0][0].toString() != QStringLiteral("Done; Laps read %1").arg(laps.size()))
             qFatal("not the one closing message");
         return laps;

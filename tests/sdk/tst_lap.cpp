@@ -5,7 +5,6 @@
 #include <limits>
 
 using namespace KOV::SDK;
-using Testing::sameBits;
 using Testing::sameSamples;
 
 namespace {
