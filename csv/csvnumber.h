@@ -25,7 +25,7 @@ inline constexpr std::size_t wordDecimalLength = 8;
 /// Eight digits and a power of ten up to 10^7 are exact in a double, so one division rounds once, like any correct
 /// conversion. Reads up to eight bytes behind @p text.
 /// The result is no std::optional: that would travel through memory, at twice the cost of the conversion.
-inline bool wordDecimal(std::string_view text, char decimalSign, double *value)
+Q_ALWAYS_INLINE bool wordDecimal(std::string_view text, char decimalSign, double *value)
 {
     static constexpr std::array powersOfTen{1.0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7};
     constexpr quint64 everyByte = 0x0101010101010101;
@@ -68,7 +68,7 @@ inline bool wordDecimal(std::string_view text, char decimalSign, double *value)
     constexpr quint64 pairs = 0x000000FF000000FF;
     word = ((word & pairs) * 0x000F424000000064 + ((word >> 16) & pairs) * 0x0000271000000001) >> 32;
     const double magnitude = static_cast<double>(word & 0xFFFFFFFF) / powersOfTen[fractionDigits];
-    *value = isNegative ? -magnitude : magnitude;
+    *value = std::bit_cast<double>(std::bit_cast<quint64>(magnitude) | static_cast<quint64>(isNegative) << 63);
     return true;
 }
 
