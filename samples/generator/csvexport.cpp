@@ -153,10 +153,10 @@ qint64 csvRowsForSize(Drive &drive, const std::vector<Channel> &columns, int rat
 {
     const Form form = formOf(style);
     std::vector<char> line(static_cast<size_t>(longestField) * (columns.size() + 1));
-    constexpr qint64 triedRows = 120; // one a second: some laps
+    constexpr qint64 triedRows = 120; // spread over some laps
     qint64 bytes = 0;
     for (qint64 row = 0; row < triedRows; ++row)
-        bytes += writeRow(line.data(), drive.at(row * rate, rate), columns, form) - line.data();
+        bytes += writeRow(line.data(), drive.at(row * (rate + 1), rate), columns, form) - line.data();
     return std::max(sizeBytes * triedRows / std::max(bytes, 1LL), 1LL);
 }
 

@@ -15,11 +15,12 @@ constexpr qint64 ticksPerSecond = 10000; // laps begin at whole ticks, so that e
 constexpr qint64 ticksPerMillisecond = 10;
 constexpr qint64 ticksAboveMillisecond = 3;
 
-constexpr int paceNodes = 16;           // points a lap between which the pace changes evenly
-constexpr double paceSpread = 0.05;     // of the speed, between the driver's best and worst
-constexpr double outLapPace = 0.85;     // where the out lap begins; it ends at full pace
-constexpr double pitSpeed = 3.0;        // m/s
-constexpr double pitAcceleration = 3.5; // m/s²
+constexpr int paceNodes = 16;            // points a lap between which the pace changes evenly
+constexpr double paceSpread = 0.05;      // of the speed, between the driver's best and worst
+constexpr double outLapPace = 0.85;      // where the out lap begins; it ends at full pace
+constexpr double pitSpeed = 3.0;         // m/s
+constexpr double pitAcceleration = 3.5;  // m/s²
+constexpr double fullAcceleration = 6.5; // m/s²
 
 constexpr double shortestDelay = 0.05; // s after the line until the timer falls
 constexpr double delaySpread = 0.08;
@@ -87,17 +88,20 @@ void Drive::planLap()
     const bool isOutLap = state.lap == 0;
     firstNode = isOutLap ? static_cast<size_t>(settings.startFraction * static_cast<double>(count)) : 0;
     node = firstNode;
+    // The car comes out of the pits slowly, and a log that begins shortly before the line goes on accelerating after
+    // it.
+    const double entrySpeed = isOutLap ? pitSpeed : speeds.back();
+    const double acceleration = isOutLap ? pitAcceleration : fullAcceleration;
     times.assign(count + 1, 0.0);
     speeds.assign(count + 1, 0.0);
     for (size_t i = firstNode; i <= count; ++i) {
         const double fraction = static_cast<double>(i) / static_cast<double>(count);
         const double pace = 1.0 + 0.5 * paceSpread * smoothNoise(paceKey, paceNodes * (state.lap + fraction));
         speeds[i] = track.speed[i % count] * pace;
-        if (isOutLap) {
-            const double way = static_cast<double>(i - firstNode) * track.step;
-            speeds[i] = std::min(speeds[i] * (outLapPace + (1.0 - outLapPace) * fraction),
-                                 std::sqrt(pitSpeed * pitSpeed + 2.0 * pitAcceleration * way));
-        }
+        if (isOutLap)
+            speeds[i] *= outLapPace + (1.0 - outLapPace) * fraction;
+        const double way = static_cast<double>(i - firstNode) * track.step;
+        speeds[i] = std::min(speeds[i], std::sqrt(entrySpeed * entrySpeed + 2.0 * acceleration * way));
         if (i > firstNode)
             times[i] = times[i - 1] + 2.0 * track.step / (speeds[i - 1] + speeds[i]);
     }

@@ -1,6 +1,7 @@
 // orva-samples: makes telemetry logs of a simulated drive, for the samples of this project, its tests and timings.
 
 #include "csvexport.h"
+#include "ldexport.h"
 #include "outputfile.h"
 #include "sidecar.h"
 
@@ -67,11 +68,15 @@ int main(int argc, char *argv[])
     parser.addHelpOption();
     parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("The log to write."));
     parser.addOptions({
-        option("style", QStringLiteral("Text: plain, tools (all quoted, decimal commas) or points (quoted, points)."),
+        option("format", QStringLiteral("csv or ld."), "FORMAT", "csv"),
+        option("style",
+               QStringLiteral(
+                   "How text is written: plain, tools (all quoted, decimal commas) or points (quoted, points)."),
                "STYLE", "plain"),
         option("track", QStringLiteral("club (laps of forty seconds) or kart (twelve seconds)."), "TRACK", "club"),
         option("seed", QStringLiteral("Another number, another drive."), "N", "1"),
-        option("rate", QStringLiteral("Rows per second."), "N", "60"),
+        option("rate", QStringLiteral("Rows per second of text; the channels of a .ld log have their own rates."), "N",
+               "60"),
         option("laps", QStringLiteral("Full laps between the out lap and the one that is cut off."), "N", "5"),
         option("start", QStringLiteral("Where on the out lap the log begins, in percent of a lap."), "PERCENT", "0"),
         option("columns", QStringLiteral("Channels, from 10 to 2000; 0 takes those that the car has."), "N", "0"),
@@ -89,9 +94,11 @@ int main(int argc, char *argv[])
                                             {QStringLiteral("points"), CsvStyle::Points}};
     const QMap<QString, Track (*)()> tracks = {{QStringLiteral("club"), &Track::club},
                                                {QStringLiteral("kart"), &Track::kart}};
+    const QMap<QString, bool> formats = {{QStringLiteral("csv"), false}, {QStringLiteral("ld"), true}};
     constexpr qint64 anySize = std::numeric_limits<qint64>::max() / 1000;
     QString error;
     const CsvStyle style = choice(parser, "style", styles, &error);
+    const bool isBinary = choice(parser, "format", formats, &error);
     Track (*const makeTrack)() = choice(parser, "track", tracks, &error);
     const qint64 seed = number(parser, "seed", 0, std::numeric_limits<qint32>::max(), &error);
     const auto rate = static_cast<int>(number(parser, "rate", 1, highestRate, &error));
@@ -121,10 +128,18 @@ int main(int argc, char *argv[])
     OutputFile file(path, cut);
     if (!file.open())
         return complain(QStringLiteral("cannot write %1: %2").arg(path, file.errorText()), failed);
-    const std::vector<Channel> channels = csvColumns(settings.seed, columns, style);
-    if (size > 0)
-        drive.setSampleCount(csvRowsForSize(drive, channels, rate, style, size), rate);
-    writeCsv(file, drive, channels, info, rate, style);
+    if (isBinary) {
+        const std::vector<Channel> channels = loggerChannels(settings.seed, columns);
+        if (size > 0)
+            drive.setSampleCount(ldSamplesForSize(channels, rate, size), rate);
+        if (!writeLd(file, drive, channels, info))
+            return complain(QStringLiteral("a .ld log cannot be larger than 4 GiB"), failed);
+    } else {
+        const std::vector<Channel> channels = csvColumns(settings.seed, columns, style);
+        if (size > 0)
+            drive.setSampleCount(csvRowsForSize(drive, channels, rate, style, size), rate);
+        writeCsv(file, drive, channels, info, rate, style);
+    }
     if (!file.close())
         return complain(QStringLiteral("cannot write %1: %2").arg(path, file.errorText()), failed);
 

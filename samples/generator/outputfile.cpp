@@ -61,7 +61,7 @@ bool OutputFile::close()
 
 QString OutputFile::errorText() const
 {
-    return file.errorString();
+    return isBroken ? writeError : file.errorString();
 }
 
 void OutputFile::flush()
@@ -69,7 +69,10 @@ void OutputFile::flush()
     auto count = static_cast<qint64>(used);
     if (limit > 0)
         count = std::min(count, limit - writtenBytes);
-    isBroken = isBroken || file.write(buffer.data(), count) != count;
+    if (!isBroken && file.write(buffer.data(), count) != count) {
+        isBroken = true;
+        writeError = file.errorString(); // closing the file forgets it
+    }
     writtenBytes += count;
     used = 0;
 }

@@ -33,6 +33,7 @@ private:
     qint64 limit;
     qint64 writtenBytes = 0;
     bool isBroken = false;
+    QString writeError;
     std::vector<char> buffer;
     size_t used = 0;
 };
