@@ -30,8 +30,9 @@
 /// sample from the cut on where "lapcurrentlaptime" has fallen by more than 5 seconds. It stays invalid where no such
 /// fall is found before either channel ends, where either is missing, and where the time is no int of milliseconds.
 ///
-/// session, venueName and carInfo of the headers are left alone. Re-entrant. Linear in the samples of the laps, which
-/// hold 8 bytes for each sample and about 200 for each channel of each lap: a counter that rises at every sample makes
-/// a lap of each.
+/// What else is in the headers: one stintId and sessionId for all, lapKind 0 on the first lap and 1 on others,
+/// stintLapIndex from 0, stintNumber 1. session, venueName and carInfo of the headers are left alone. Re-entrant.
+/// Linear in the samples of the laps, which hold 8 bytes for each sample and about 200 for each channel of each lap: a
+/// counter that rises at every sample makes a lap of each.
 ORVA_EXPORT QList<QSharedPointer<KOV::SDK::Lap>> cutLaps(const QMap<QString, LdChannelHeader> &headers,
                                                          const QMap<QString, std::vector<float>> &samples);

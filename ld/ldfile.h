@@ -145,7 +145,8 @@ ORVA_EXPORT std::vector<float> readLdChannel(QDataStream &stream, const LdChanne
 ///
 /// An honest log has at most half a sample for each byte, and 30 once channels of one sample per second are brought to
 /// the common 60. So a log that was cut off while it was written keeps all channels at full length unless next to
-/// nothing of it was written, and no file costs memory or time out of proportion to its size. Thread-safe.
+/// nothing of it was written, and no file costs memory or time out of proportion to its size (docs/ld.md has the sums).
+/// Thread-safe.
 ORVA_EXPORT qint64 ldSampleAllowance(qint64 fileBytes);
 
 /// The number of samples that readLdChannel gives for @p header: its sampleCount, or 0 where the pair of type code and

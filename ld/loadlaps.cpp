@@ -144,14 +144,14 @@ QList<QSharedPointer<Lap>> loadLaps(const QString &path)
     QDataStream stream(&file);
     LdData data = readLd(stream);
     ChannelSource source(stream, data, file.size());
-    const QList<QSharedPointer<Lap>> laps = cutChannels(source);
+    QList<QSharedPointer<Lap>> laps = cutChannels(source);
 
     const LdHeadBlock &head = *data.headBlock;
     const QString venue = ldText(head.venueText);
     const QString driver = ldText(head.driverText);
     const QString vehicle = ldText(head.vehicleText);
     const KOV::SDK::Session session = getSessionFromString(ldText(head.sessionText));
-    for (const QSharedPointer<Lap> &lap : laps) {
+    for (const QSharedPointer<Lap> &lap : std::as_const(laps)) {
         LapHeader &header = lap->header();
         header.session = session;
         header.venueName = venue;

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr std::size_t blockSamples = 8 * 1024; // stays in a processor's first cache
+constexpr std::size_t blockSamples = 8192; // stays in a processor's first cache
 
 float ratioOf(int sampleRate, int wantedRate)
 {
@@ -20,7 +20,7 @@ float ratioOf(int sampleRate, int wantedRate)
 
 qint64 resampledLength(qint64 length, int sampleRate, int wantedRate)
 {
-    constexpr auto longest = static_cast<float>(std::numeric_limits<qint64>::max() / sizeof(float));
+    constexpr auto longest = static_cast<float>(std::numeric_limits<qint64>::max()) / sizeof(float);
     if (sampleRate <= 0 || wantedRate <= 0)
         return 0;
     const float wanted = std::ceil(ratioOf(sampleRate, wantedRate) * static_cast<float>(length));
