@@ -10,6 +10,7 @@
 #include <QtCore/QFileInfo>
 
 #include <algorithm>
+#include <utility>
 
 namespace Host {
 
@@ -59,11 +60,11 @@ QString whyNoLaps(const QString &path)
 
 Laps loadLdLog(const QString &path)
 {
-    const Laps laps = loadLaps(path);
+    Laps laps = loadLaps(path);
     if (laps.isEmpty())
         throw Failure(path + QLatin1String(": a binary .ld log without laps, ") + whyNoLaps(path));
     const auto setup = loadValues(sidecarOf(path));
-    for (const auto &lap : laps) {
+    for (const auto &lap : std::as_const(laps)) {
         for (auto entry = setup.cbegin(); entry != setup.cend(); ++entry)
             lap->header().dynamicData.setValue(entry.key(), entry.value());
     }
