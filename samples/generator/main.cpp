@@ -1,0 +1,155 @@
+// orva-samples: makes telemetry logs of a simulated drive, for the samples of this project, its tests and timings.
+
+#include "csvexport.h"
+#include "ldexport.h"
+#include "outputfile.h"
+#include "sidecar.h"
+
+#include <QtCore/QCommandLineParser>
+#include <QtCore/QCoreApplication>
+#include <QtCore/QMap>
+
+#include <cstdio>
+#include <limits>
+
+using namespace samples;
+
+namespace {
+
+constexpr int failed = 1;
+constexpr int badOptions = 2;
+constexpr int highestRate = 1000; // samples per second
+constexpr int mostLaps = 100000;
+
+int complain(const QString &text, int status)
+{
+    std::fprintf(stderr, "orva-samples: %s\n", qUtf8Printable(text));
+    return status;
+}
+
+QCommandLineOption option(const char *name, const QString &description, const char *valueName, const char *preset)
+{
+    return {QLatin1String(name), description, QLatin1String(valueName), QLatin1String(preset)};
+}
+
+// The value of an option as a whole number within bounds; the first bad one is kept in error.
+qint64 number(const QCommandLineParser &parser, const char *name, qint64 least, qint64 most, QString *error)
+{
+    bool isNumber = false;
+    const QString text = parser.value(QLatin1String(name));
+    const qint64 value = text.toLongLong(&isNumber);
+    if ((!isNumber || value < least || value > most) && error->isEmpty()) {
+        *error = QStringLiteral("--%1 wants a whole number from %2 to %3, not \"%4\"")
+                     .arg(QLatin1String(name), QString::number(least), QString::number(most), text);
+    }
+    return value;
+}
+
+// What the value of an option stands for; the first unknown one is kept in error.
+template <typename T>
+T choice(const QCommandLineParser &parser, const char *name, const QMap<QString, T> &choices, QString *error)
+{
+    const QString text = parser.value(QLatin1String(name));
+    if (!choices.contains(text) && error->isEmpty()) {
+        *error = QStringLiteral("--%1 wants one of %2, not \"%3\"")
+                     .arg(QLatin1String(name), choices.keys().join(QLatin1String(", ")), text);
+    }
+    return choices.value(text);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication application(argc, argv);
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Makes a telemetry log of a simulated drive. The same options make the same bytes everywhere."));
+    parser.addHelpOption();
+    parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("The log to write."));
+    parser.addOptions({
+        option("format", QStringLiteral("csv or ld."), "FORMAT", "csv"),
+        option("style",
+               QStringLiteral(
+                   "How text is written: plain, tools (all quoted, decimal commas) or points (quoted, points)."),
+               "STYLE", "plain"),
+        option("track", QStringLiteral("club (laps of forty seconds) or kart (twelve seconds)."), "TRACK", "club"),
+        option("seed", QStringLiteral("Another number, another drive."), "N", "1"),
+        option("rate", QStringLiteral("Rows per second of text; the channels of a .ld log have their own rates."), "N",
+               "60"),
+        option("laps", QStringLiteral("Full laps between the out lap and the one that is cut off."), "N", "5"),
+        option("start", QStringLiteral("Where on the out lap the log begins, in percent of a lap."), "PERCENT", "0"),
+        option("columns", QStringLiteral("Channels, from 10 to 2000; 0 takes those that the car has."), "N", "0"),
+        option("size", QStringLiteral("As many laps as make a log of about this size; overrides --laps."), "BYTES",
+               "0"),
+        option("cut", QStringLiteral("Stop in mid-row after this many bytes, as if the power had failed."), "BYTES",
+               "0"),
+        option("session", QStringLiteral("The session's word in sidecar and head."), "WORD", "Practice"),
+        {QStringLiteral("sidecar"), QStringLiteral("Write the .ldx beside the log, too.")},
+    });
+    parser.process(application);
+
+    const QMap<QString, CsvStyle> styles = {{QStringLiteral("plain"), CsvStyle::Plain},
+                                            {QStringLiteral("tools"), CsvStyle::Tools},
+                                            {QStringLiteral("points"), CsvStyle::Points}};
+    const QMap<QString, Track (*)()> tracks = {{QStringLiteral("club"), &Track::club},
+                                               {QStringLiteral("kart"), &Track::kart}};
+    const QMap<QString, bool> formats = {{QStringLiteral("csv"), false}, {QStringLiteral("ld"), true}};
+    constexpr qint64 anySize = std::numeric_limits<qint64>::max() / 1000;
+    QString error;
+    const CsvStyle style = choice(parser, "style", styles, &error);
+    const bool isBinary = choice(parser, "format", formats, &error);
+    Track (*const makeTrack)() = choice(parser, "track", tracks, &error);
+    const qint64 seed = number(parser, "seed", 0, std::numeric_limits<qint32>::max(), &error);
+    const auto rate = static_cast<int>(number(parser, "rate", 1, highestRate, &error));
+    const auto laps = static_cast<int>(number(parser, "laps", 0, mostLaps, &error));
+    const qint64 start = number(parser, "start", 0, 99, &error);
+    const auto columns = static_cast<int>(number(parser, "columns", 0, mostChannels, &error));
+    const qint64 size = number(parser, "size", 0, anySize, &error);
+    const qint64 cut = number(parser, "cut", 0, anySize, &error);
+    if (error.isEmpty() && columns > 0 && columns < fewestChannels)
+        error = QStringLiteral("--columns wants at least %1").arg(fewestChannels);
+    if (error.isEmpty() && parser.positionalArguments().size() != 1)
+        error = QStringLiteral("one FILE to write is wanted; --help tells more");
+    if (!error.isEmpty())
+        return complain(error, badOptions);
+
+    DriveSettings settings;
+    settings.seed = static_cast<quint64>(seed);
+    settings.track = makeTrack();
+    settings.laps = laps;
+    settings.startFraction = static_cast<double>(start) / 100.0;
+    LogInfo info;
+    info.venue = settings.track.name;
+    info.session = parser.value(QStringLiteral("session")).toUtf8();
+    Drive drive(settings);
+
+    const QString path = parser.positionalArguments().constFirst();
+    OutputFile file(path, cut);
+    if (!file.open())
+        return complain(QStringLiteral("cannot write %1: %2").arg(path, file.errorText()), failed);
+    if (isBinary) {
+        const std::vector<Channel> channels = loggerChannels(settings.seed, columns);
+        if (size > 0)
+            drive.setSampleCount(ldSamplesForSize(channels, rate, size), rate);
+        if (!writeLd(file, drive, channels, info))
+            return complain(QStringLiteral("a .ld log cannot be larger than 4 GiB"), failed);
+    } else {
+        const std::vector<Channel> channels = csvColumns(settings.seed, columns, style);
+        if (size > 0)
+            drive.setSampleCount(csvRowsForSize(drive, channels, rate, style, size), rate);
+        writeCsv(file, drive, channels, info, rate, style);
+    }
+    if (!file.close())
+        return complain(QStringLiteral("cannot write %1: %2").arg(path, file.errorText()), failed);
+
+    if (parser.isSet(QStringLiteral("sidecar"))) {
+        OutputFile sidecar(sidecarPath(path), 0);
+        const bool isOpen = sidecar.open();
+        if (isOpen)
+            sidecar.write(sidecarText(info));
+        if (!isOpen || !sidecar.close())
+            return complain(QStringLiteral("cannot write %1: %2").arg(sidecarPath(path), sidecar.errorText()), failed);
+    }
+    return 0;
+}
