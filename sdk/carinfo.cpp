@@ -101,7 +101,15 @@ QVariant readValue(QDataStream &stream, int depth = 0)
     case QMetaType::UInt:
     case QMetaType::LongLong:
     case QMetaType::ULongLong:
+    case QMetaType::Long:
+    case QMetaType::ULong:
+    case QMetaType::Short:
+    case QMetaType::UShort:
+    case QMetaType::Char:
+    case QMetaType::UChar:
+    case QMetaType::SChar:
     case QMetaType::Double:
+    case QMetaType::Float:
     case QMetaType::QChar:
     case QMetaType::QString:
     case QMetaType::QByteArray:
