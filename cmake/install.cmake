@@ -17,6 +17,7 @@ set(public_headers
   sdk/dynamicdata.h
   sdk/lap.h
   sdk/lapheader.h
+  sdk/namemap.h
   sdk/liveplugininfo.h
   sdk/sample.h
   sdk/sdk_utils.h

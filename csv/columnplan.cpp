@@ -2,7 +2,11 @@
 
 #include <QtCore/QHash>
 
+#include <algorithm>
+
 namespace {
+
+constexpr std::size_t mostColumns = 1024 * 1024; // real exports have some hundreds
 
 // Gives equal texts one index, in order of first appearance.
 class TextIndex
@@ -38,8 +42,11 @@ QString valueName(QStringView title)
 
 void ColumnPlan::setNames(const QString &row)
 {
+    columns.reserve(std::min(static_cast<std::size_t>(row.count(u',')) + 1, mostColumns));
     TextIndex index(&names);
     for (const QStringView title : QStringView(row).tokenize(u',')) {
+        if (columns.size() == mostColumns)
+            break;
         const qint32 name = index.indexOf(valueName(title));
         lastColumnOfName.resize(static_cast<std::size_t>(names.size()));
         lastColumnOfName[static_cast<std::size_t>(name)] = columns.size();

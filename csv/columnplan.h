@@ -5,12 +5,13 @@
 #include <QtCore/QList>
 #include <QtCore/QString>
 
+#include <cstddef>
 #include <vector>
 
 /// Value names and units by column. A value name is the column's title in lower case without blanks and minus signs.
 ///
 /// Made once a file, so that nothing is normalised or looked up a row. Eight bytes a column and each name and unit
-/// once.
+/// once. Columns behind the first 1,048,576 are left out, as though they had no name.
 class ColumnPlan
 {
 public:

@@ -16,6 +16,11 @@ namespace Csv {
 /// texts of more than 64 characters only.
 double toDouble(std::string_view text);
 
+inline bool isDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
 /// Texts are converted in words of eight bytes, the first byte of the text in the lowest one.
 inline quint64 loadWord(const char *text)
 {

@@ -14,11 +14,6 @@ namespace {
 
 constexpr char quote = '"';
 
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
 bool isDigits(std::string_view text)
 {
     return std::all_of(text.begin(), text.end(), isDigit);

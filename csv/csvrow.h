@@ -6,6 +6,7 @@
 
 #include <QtCore/QString>
 
+#include <cstddef>
 #include <span>
 #include <string_view>
 

@@ -1,5 +1,7 @@
 #include "csv/linereader.h"
 
+#include <QtCore/QByteArrayView>
+
 #include <algorithm>
 #include <cstring>
 
@@ -29,6 +31,14 @@ auto lengthWithoutEnding(const View &line)
     if (length > 0 && code(line[length - 1]) == u'\r')
         --length;
     return length;
+}
+
+// A decoder of its own, since QString::fromUtf8 would drop a mark at the beginning of a line in mid-file and would not
+// drop a sequence that the end of the file cuts off. The ending goes last: it tells a broken sequence from a cut one.
+QString decoded(std::string_view line)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+    return decoder.decode(QByteArrayView(line.data(), static_cast<qsizetype>(line.size())));
 }
 
 } // namespace
@@ -90,7 +100,8 @@ bool LineReader::nextOfBytes()
     rawLine = {buffer.data() + begin, length};
     line = rawLine.substr(0, lengthWithoutEnding(rawLine));
     begin += length;
-    return length > 0;
+    // A cut-off sequence alone, which is up to three bytes, makes no line.
+    return newline || length > 3 || !decoded(rawLine).isEmpty();
 }
 
 bool LineReader::nextOfWideText()
@@ -130,11 +141,7 @@ QString LineReader::text() const
 {
     if (wideDecoder)
         return wideLine.toString();
-    // A decoder of its own, since QString::fromUtf8 would drop a mark at the beginning of a line in mid-file and would
-    // not drop a sequence that the end of the file cuts off. The ending goes last: it tells a broken sequence from a
-    // cut one.
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
-    QString text = decoder.decode(QByteArrayView(rawLine.data(), static_cast<qsizetype>(rawLine.size())));
+    QString text = decoded(rawLine);
     text.truncate(lengthWithoutEnding(text));
     return text;
 }

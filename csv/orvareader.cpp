@@ -14,7 +14,9 @@
 #include <QtCore/QUuid>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
+#include <span>
 #include <utility>
 
 using KOV::SDK::Channel;
@@ -66,22 +68,24 @@ int wholeMilliseconds(double seconds)
     return static_cast<int>(std::clamp(seconds * millisecondsPerSecond, lowest, highest));
 }
 
-enum class Block
+// QVariant's own rounding is undefined beyond an int's range and for NaN; such a lap number counts as none.
+int wholeNumber(const Value &value)
 {
-    Header,
-    Columns,
-    Data
-};
+    constexpr double bound = std::numeric_limits<int>::max();
+    return std::abs(value.toDouble()) < bound ? value.toInt() : 0;
+}
 
-// Bounds what a file may cost beyond the numbers that it holds: the channels of each lap, and the padding that keeps
-// them one length where rows are shorter than others. Real exports need next to nothing of it; a hostile one of a
-// megabyte could ask for a terabyte.
+// Bounds what a file may cost beyond the numbers that it holds: the channels and sidecar values of each lap,
+// and the padding that keeps channels one length where rows are shorter than others. Real exports need next to nothing
+// of it; a hostile one of a megabyte could ask for a terabyte.
 class Allowance
 {
 public:
-    explicit Allowance(qint64 fileSize)
-        : padding(basePadding + fileSize * paddingPerByte)
-        , channels(baseChannels + fileSize / bytesPerChannel)
+    /// For a file of @p fileSize bytes, whose laps get @p valuesPerLap values of the sidecar each.
+    Allowance(qint64 fileSize, qint64 valuesPerLap)
+        : padding(basePadding + std::min(fileSize, largestFile) * paddingPerByte)
+        , entries(baseEntries + fileSize / bytesPerEntry)
+        , entriesPerLap(valuesPerLap)
     {
     }
 
@@ -89,23 +93,28 @@ public:
     /// allowance does not reach.
     bool take(long long fieldCount, long long rowCount)
     {
-        if (rowCount == 0)
+        if (rowCount == 0) {
             widestRow = 0;
+            entries -= entriesPerLap;
+        }
         const long long wider = std::max(fieldCount - widestRow, 0LL);
         padding -= std::max(widestRow - fieldCount, 0LL) + wider * rowCount;
-        channels -= wider;
+        entries -= wider;
         widestRow += wider;
-        return padding >= 0 && channels >= 0;
+        return padding >= 0 && entries >= 0;
     }
 
 private:
-    static constexpr long long basePadding = 1024 * 1024; // samples
+    static constexpr long long basePadding = 8LL * 1024 * 1024; // samples
     static constexpr long long paddingPerByte = 4;
-    static constexpr long long baseChannels = 512 * 1024; // an empty one takes about a quarter of a KiB in its lap
-    static constexpr long long bytesPerChannel = 8;
+    static constexpr long long baseEntries =
+        512 * 1024; // channels and values: an empty one takes about a quarter of a KiB
+    static constexpr long long bytesPerEntry = 8;
+    static constexpr qint64 largestFile = qint64(1) << 56; // sparse ones can claim more
 
     long long padding;
-    long long channels;
+    long long entries;
+    long long entriesPerLap;
     long long widestRow = 0; // of the lap
 };
 
@@ -133,7 +142,8 @@ QList<QSharedPointer<Lap>> ORVAReader::importLaps(const QString &path)
 
     QFile file(path);
     const QFileInfo fileInfo(file);
-    if (fileInfo.isFile() && file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+    const bool isPath = !path.contains(QChar(u'\0')); // Qt complains aloud about others
+    if (isPath && fileInfo.isFile() && file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         const QString sidecar =
             fileInfo.absolutePath() + QLatin1Char('/') + fileInfo.baseName() + QLatin1String(".ldx");
         session = loadSession(sidecar);
@@ -144,7 +154,7 @@ QList<QSharedPointer<Lap>> ORVAReader::importLaps(const QString &path)
         LineReader lines(&file);
         ColumnPlan plan;
         if (readPreamble(lines, &plan))
-            readRows(lines, plan, file.size());
+            readRows(lines, plan, file.size(), ldxValues.size());
         processLap(false);
 
         for (const QSharedPointer<Lap> &done : std::as_const(laps)) {
@@ -186,10 +196,13 @@ bool ORVAReader::readPreamble(LineReader &lines, ColumnPlan *plan)
     return false;
 }
 
-void ORVAReader::readRows(LineReader &lines, const ColumnPlan &plan, qint64 fileSize)
+void ORVAReader::readRows(LineReader &lines, const ColumnPlan &plan, qint64 fileSize, qint64 valuesPerLap)
 {
-    Allowance allowance(fileSize);
+    Allowance allowance(fileSize, valuesPerLap);
     RowStage stage(&plan, lapDistanceName);
+    std::span<const double> stagedRow;
+    // A complete row takes at least a digit and a comma a column: no lap has more rows, whatever the one before had.
+    const long long mostRows = fileSize / (2 * static_cast<long long>(plan.columnCount())) + 1;
     qint32 rowCounter = 0;
     while (lines.next()) {
         if (decimate) {
@@ -210,20 +223,31 @@ void ORVAReader::readRows(LineReader &lines, const ColumnPlan &plan, qint64 file
         if (fieldCount == row.size() && stage.isBound() && !startsLap) {
             lastLapDistPct = lapDistance;
             stage.commit(lapDistance);
+            stagedRow = row;
             continue;
         }
 
         stage.flush();
         stage.unbind();
-        sample.dynamicData.clear();
-        for (std::size_t column = 0; column < fieldCount; ++column)
-            sample.dynamicData.setValue(plan.name(column), row[column], plan.unit(column));
+        stagedRow = {};
+        enterRow(plan, row.first(fieldCount));
         if (!allowance.take(static_cast<long long>(fieldCount), isLapCut(sampledLapDistance()) ? 0 : lap.size()))
             break;
         processData();
-        stage.bind(&lap, expectedRows());
+        stage.bind(&lap, std::min(expectedRows(), mostRows));
     }
     stage.flush();
+    if (!stagedRow.empty()) { // the row in hand stays in `sample`, whichever way it went
+        enterRow(plan, stagedRow);
+        sample.dynamicData.setValue(lapDistanceName, lastLapDistPct, QString());
+    }
+}
+
+void ORVAReader::enterRow(const ColumnPlan &plan, std::span<const double> numbers)
+{
+    sample.dynamicData.clear();
+    for (std::size_t column = 0; column < numbers.size(); ++column)
+        sample.dynamicData.setValue(plan.name(column), numbers[column], plan.unit(column));
 }
 
 // A little more than the lap before had: laps of one log are much of a length, and growing step by step is slow.
@@ -237,11 +261,12 @@ long long ORVAReader::expectedRows() const
 
 void ORVAReader::processHeader(const QString &line)
 {
-    const QList<QString> fields = line.split(u',');
-    if (fields.size() < 2)
+    const qsizetype comma = line.indexOf(u',');
+    if (comma < 0)
         return;
-    const QString &key = fields[0];
-    const QString &value = fields[1];
+    const QStringView key = QStringView(line).first(comma);
+    const qsizetype end = line.indexOf(u',', comma + 1);
+    const QString value = line.mid(comma + 1, end < 0 ? -1 : end - comma - 1);
     if (key == QLatin1String("Venue"))
         venue = value;
     else if (key == QLatin1String("Vehicle"))
@@ -268,7 +293,7 @@ void ORVAReader::startLap()
     LapHeader &header = lap.header();
     header.lapId = QUuid::createUuid();
     header.stintLapIndex = ++lapCounter;
-    header.lapNumber = sample.dynamicData.value(lapNumberName).toInt();
+    header.lapNumber = wholeNumber(sample.dynamicData.value(lapNumberName));
     header.lapKind = 1;
 }
 

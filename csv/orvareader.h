@@ -11,6 +11,8 @@
 #include <QtCore/QSharedPointer>
 #include <QtCore/QString>
 
+#include <span>
+
 class ColumnPlan;
 class LineReader;
 
@@ -32,9 +34,9 @@ public:
     /// short row lacks as invalidValue, and fields behind the last channel name are dropped.
     ///
     /// Rows of uneven length are padded and laps of few rows hold little, so both cost more memory than their text.
-    /// That is allowed up to 1 Mi samples of padding and 4 more a byte of the file, and up to 512 Ki channels over all
-    /// laps and one more for every 8 bytes. Where a file asks for more, reading ends as at its end, and the laps up to
-    /// there are returned.
+    /// That is allowed up to 8 Mi samples of padding and 4 more a byte of the file, and up to 512 Ki channels and
+    /// sidecar values over all laps and one more for every 8 bytes. Where a file asks for more, reading ends as at its
+    /// end, and the laps up to there are returned.
     QList<QSharedPointer<KOV::SDK::Lap>> importLaps(const QString &path);
 
     /// Repairs the channel "lapcurrentlaptime" of @p lap by its "lapdistpct"; without both nothing happens.
@@ -46,7 +48,8 @@ Q_SIGNALS:
 
 private:
     bool readPreamble(LineReader &lines, ColumnPlan *plan);
-    void readRows(LineReader &lines, const ColumnPlan &plan, qint64 fileSize);
+    void readRows(LineReader &lines, const ColumnPlan &plan, qint64 fileSize, qint64 valuesPerLap);
+    void enterRow(const ColumnPlan &plan, std::span<const double> numbers);
     long long expectedRows() const;
     void processHeader(const QString &line);
     void startStint();

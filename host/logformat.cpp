@@ -39,7 +39,8 @@ bool looksLikeBinaryLog(QByteArrayView head, qint64 fileSize)
         return false;
     const auto marker = qFromLittleEndian<quint64>(head.data());
     const auto firstRecord = qFromLittleEndian<quint32>(head.data() + firstRecordAt);
-    if (marker == usualMarker || (firstRecord != 0 && firstRecord < fileSize))
+    const bool isCutOff = marker == 0 && firstRecord >= headBytes;
+    if (marker == usualMarker || isCutOff || (firstRecord != 0 && firstRecord < fileSize))
         return true;
     const bool isZero = std::all_of(head.begin(), head.end(), [](char byte) { return byte == 0; });
     return marker == 0 && firstRecord == 0 && head.size() >= headBytes && !isZero;

@@ -14,6 +14,7 @@
 #include <QtCore/QCoreApplication>
 
 #include <csignal>
+#include <exception>
 #include <new>
 
 using namespace Host;
@@ -76,8 +77,8 @@ int main(int argc, char *argv[])
     std::signal(SIGPIPE, SIG_IGN); // a reader that goes away is a write error like any other
     // Qt complains on standard error where the locale is not one of UTF-8, although nothing here depends on it.
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+    // Nor may anything else of Qt's stand beside the one line of a run that fails.
     const QCoreApplication application(argc, argv);
-    qInstallMessageHandler(nullptr);
 
     auto status = ExitStatus::Success;
     const auto fail = [&status](const QString &text, ExitStatus failure) {
@@ -90,6 +91,8 @@ int main(int argc, char *argv[])
         fail(failure.text(), failure.status());
     } catch (const std::bad_alloc &) {
         fail(QStringLiteral("the memory does not suffice for this log"), ExitStatus::BadInput);
+    } catch (const std::exception &error) { // a plug-in's
+        fail(QString::fromLocal8Bit(error.what()), ExitStatus::BadInput);
     }
     return static_cast<int>(status);
 }

@@ -38,9 +38,7 @@ Selection select(const Log &log, const Options &options)
     Selection selection;
     if (options.lap && *options.lap >= log.laps.size())
         throw Failure(QStringLiteral("%1: no lap with index %2, expected 0 to %3")
-                          .arg(log.path)
-                          .arg(*options.lap)
-                          .arg(log.laps.size() - 1));
+                          .arg(log.path, QString::number(*options.lap), QString::number(log.laps.size() - 1)));
     if (options.lap) {
         selection.laps = {*options.lap};
     } else if (isViewOfOneLap(options.view)) {

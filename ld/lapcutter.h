@@ -19,7 +19,7 @@
 /// A lap ends where "lap" rises above the number that the lap began with, whole numbers only, and at the last sample of
 /// "lapdistpct", which belongs to no lap; that last lap is the one that is not completed. Without five samples of both
 /// the result is empty. A fall, a NaN, and the part of "lapdistpct" that a shorter "lap" does not reach cut nothing; a
-/// counter beyond 32 bits counts as their nearest bound.
+/// counter beyond 32 bits counts as their nearest bound where a lap begins, so that it cuts at every sample.
 ///
 /// Every lap holds every channel, and all of a lap's channels have one length: one that ends early is filled with
 /// invalidValue, one that is longer than "lapdistpct" loses its tail. A record with the name "lapdistpct" and the unit

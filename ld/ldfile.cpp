@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t blockBytes = 65536;  // small enough for a processor's second cache
 constexpr qint64 leastRecordDistance = 64; // records of real logs lie 116, 124 or 212 bytes apart
-constexpr qint64 samplesPerByte = 40;      // what an honest log can come to is 30
+constexpr qint64 samplesPerByte = 40;      // what channels of one sample per second come to at 60 is 30
 constexpr qint64 leastFileBytes = 1 << 20; // so that a log that was cut off at its beginning keeps its channels
 
 constexpr quint16 firstListedType = 1;

@@ -24,6 +24,9 @@ constexpr int commonRate = 60; // samples per second
 // What a lap takes besides its samples, in samples of 8 bytes: at most 800 bytes for itself, 200 for each channel.
 constexpr qint64 samplesPerLap = 100;
 constexpr qint64 samplesPerLapChannel = 25;
+// Laps hold more than was decoded: short channels are filled up, and a "lap" channel at one sample per second makes
+// laps of one sample on its way from one number to the next.
+constexpr qint64 heldForTenDecoded = 13;
 
 // The channels of one log at the common rate, read one at a time and each name once, as far as the allowance goes.
 class ChannelSource
@@ -39,7 +42,7 @@ public:
         : stream(dataStream)
         , headers(readLdChannelHeaders(stream, data))
         , toDecode{ldSampleAllowance(fileBytes)}
-        , toHold{ldSampleAllowance(fileBytes)}
+        , toHold{ldSampleAllowance(fileBytes) / 10 * heldForTenDecoded}
     {
         for (const LdChannelHeader &header : headers)
             names.append(ldText(header.name).toLower());
@@ -56,7 +59,7 @@ public:
         const qint64 length = resampledLength(count, header.sampleRate, commonRate);
         const qint64 charge = std::max(length, logLength) + lapCount * samplesPerLapChannel;
         // For a while there are the decoded and the resampled floats too, each half a sample.
-        const qint64 passing = (count + length) / 2;
+        const qint64 passing = (count + (header.sampleRate == commonRate ? 0 : length)) / 2;
         if (length == 0 || taken.contains(names.at(index)) || passing > toHold.left - charge || !toDecode.take(count))
             return {};
         toHold.take(charge);
@@ -139,7 +142,8 @@ QList<QSharedPointer<Lap>> loadLaps(const QString &path)
 {
     QFile file(path);
     // Samples are read in large blocks: a buffer between would only be copied through.
-    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+    if (path.contains(QChar(u'\0')) || !QFileInfo(file).isFile() ||
+        !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return {};
     QDataStream stream(&file);
     LdData data = readLd(stream);

@@ -2,6 +2,8 @@
 
 #include "csv/orvareader.h"
 
+#include <utility>
+
 QString ORVAPluginImport::pluginName() const
 {
     return QStringLiteral("Motec's CSV import plugin");

@@ -17,9 +17,10 @@ namespace KOV::SDK {
 
 /// The contract between a host and an import plug-in.
 ///
-/// A plug-in's root object derives from QObject first and from this class second, names both in Q_PLUGIN_METADATA and
-/// Q_INTERFACES, and implements the five pure operations; the rest comes with this class. The host gets the root object
-/// from QPluginLoader and reaches this part of it with qobject_cast.
+/// A plug-in's root object derives from QObject first and from this class second, has the identifier
+/// "kovdata.PluginInterfaceImport/0.2" in its Q_PLUGIN_METADATA and this class in its Q_INTERFACES, and implements the
+/// five pure operations; the rest comes with this class. The host gets the root object from QPluginLoader and reaches
+/// this part of it with qobject_cast.
 class ORVA_EXPORT PluginInterfaceImport
 {
 public:

@@ -48,6 +48,9 @@ void readItems(QDataStream &stream, ReadItem readItem)
 {
     quint32 count = 0;
     stream >> count;
+    constexpr quint32 firstMarker = 0xFFFFFFFE; // of a longer count, or of none at all
+    if (count >= firstMarker)
+        stream.setStatus(QDataStream::ReadCorruptData);
     for (quint32 i = 0; i < count && stream.status() == QDataStream::Ok; ++i)
         readItem();
 }
@@ -144,7 +147,8 @@ QMap<QString, QVariant> readMap(QDataStream &stream)
 {
     // Like Qt's own readers, this one is not held up by an error from before and does not hide it.
     const QDataStream::Status before = stream.status();
-    stream.resetStatus();
+    if (!stream.isDeviceTransactionStarted())
+        stream.resetStatus();
     QMap<QString, QVariant> values;
     readItems(stream, [&] {
         QString key;
@@ -153,7 +157,7 @@ QMap<QString, QVariant> readMap(QDataStream &stream)
     });
     if (stream.status() != QDataStream::Ok)
         values.clear();
-    if (before != QDataStream::Ok) {
+    if (before != QDataStream::Ok && !stream.isDeviceTransactionStarted()) {
         stream.resetStatus();
         stream.setStatus(before);
     }

@@ -6,6 +6,7 @@
 
 #include <QtCore/QString>
 
+#include <cstddef>
 #include <initializer_list>
 #include <span>
 #include <vector>

@@ -3,12 +3,11 @@
 // Named values whose set of names is not known in advance: the columns of a data row, the setup values of a lap.
 
 #include "orva_export.h"
+#include "sdk/namemap.h"
 #include "sdk/value.h"
 
 #include <QtCore/QList>
 #include <QtCore/QString>
-
-#include <unordered_map>
 
 namespace KOV::SDK {
 
@@ -37,14 +36,14 @@ public:
 
 private:
     friend class DynamicDataRange;
-    std::unordered_map<QString, Value> entries;
+    NameMap<Value> entries;
 };
 
 /// A view of a DynamicData's entries. It owns nothing.
 class DynamicDataRange
 {
 public:
-    using const_iterator = std::unordered_map<QString, Value>::const_iterator; // NOLINT(readability-identifier-naming)
+    using const_iterator = NameMap<Value>::const_iterator; // NOLINT(readability-identifier-naming)
 
     DynamicDataRange(const_iterator begin, const_iterator end)
         : first(begin)

@@ -5,13 +5,12 @@
 #include "orva_export.h"
 #include "sdk/channel.h"
 #include "sdk/lapheader.h"
+#include "sdk/namemap.h"
 #include "sdk/sample.h"
 
 #include <QtCore/QList>
 #include <QtCore/QSharedPointer>
 #include <QtCore/QString>
-
-#include <unordered_map>
 
 namespace KOV::SDK {
 
@@ -40,7 +39,7 @@ public:
     QSharedPointer<Channel> channel(const QString &name) const;
     /// The calculated channel @p name, or null.
     QSharedPointer<Channel> calculatedChannel(const QString &name) const;
-    /// Adds or replaces a channel. Its length is not checked against the others.
+    /// Adds or replaces a channel, which is not null. Its length is not checked against the others.
     void addChannel(QSharedPointer<Channel> channel, const QString &name);
     void addCalculatedChannel(QSharedPointer<Channel> channel, const QString &name);
     void removeRecordedChannel(const QString &name);
@@ -60,7 +59,7 @@ public:
     void clear();
 
 private:
-    using ChannelMap = std::unordered_map<QString, QSharedPointer<Channel>>;
+    using ChannelMap = NameMap<QSharedPointer<Channel>>;
 
     LapHeader lapHeader;
     ChannelMap recordedChannels;

@@ -6,6 +6,7 @@
 #include <QtCore/QHash>
 #include <QtCore/QList>
 #include <QtCore/QMap>
+#include <QtCore/QSet>
 
 namespace KOV::SDK {
 
@@ -62,10 +63,11 @@ QString generateUniqueFileName(const QDir &directory, const QString &fileName)
     const QFileInfo wanted(fileName);
     const QString base = wanted.baseName();
     const QString ending = QLatin1Char('.') + wanted.suffix();
-    const QList<QString> taken = directory.entryList(filters, QDir::Files | QDir::NoDotAndDotDot, QDir::NoSort);
+    const QList<QString> listed = directory.entryList(filters, QDir::Files | QDir::NoDotAndDotDot, QDir::NoSort);
+    const QSet<QString> taken(listed.begin(), listed.end());
 
     QString candidate = base + ending;
-    for (int number = 1; taken.contains(candidate, Qt::CaseSensitive); ++number)
+    for (int number = 1; taken.contains(candidate); ++number)
         candidate = base + QLatin1Char('_') + QString::number(number) + ending;
     return directory.absolutePath() + QLatin1Char('/') + candidate;
 }

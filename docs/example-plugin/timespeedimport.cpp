@@ -36,9 +36,9 @@ QList<QSharedPointer<Lap>> TimeSpeedImport::import(const QString &path, const QS
 
     const auto lap = QSharedPointer<Lap>::create();
     qint64 dropped = 0;
-    while (!file.atEnd()) {
-        constexpr qint64 longestLine = 256;
-        const QList<QByteArray> fields = file.readLine(longestLine).trimmed().split(',');
+    constexpr qint64 longestLine = 256;
+    for (QByteArray line = file.readLine(longestLine); !line.isEmpty(); line = file.readLine(longestLine)) {
+        const QList<QByteArray> fields = line.trimmed().split(',');
         bool isTime = false;
         bool isSpeed = false;
         const double time = fields.first().toDouble(&isTime);

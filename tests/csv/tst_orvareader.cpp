@@ -48,6 +48,7 @@ private Q_SLOTS:
     void whatIsNoFile();
     void hostileShapes_data();
     void hostileShapes();
+    void oneReaderTwice();
 
 private:
     Laps import(const QByteArray &content, const QString &name = QStringLiteral("log.csv"))
@@ -369,6 +370,8 @@ void TestOrvaReader::hostileShapes_data()
     const QByteArray wide = QByteArray(20000, ',');
     QTest::newRow("short rows behind a wide one") << wide + "\n" + QByteArray("1\n").repeated(100000);
     QTest::newRow("ever wider rows") << QByteArray("1\n").repeated(100000) + wide + "\n";
+    QTest::newRow("a wide row behind many narrow ones")
+        << QByteArray("90\n").repeated(100000) + "0" + QByteArray(20000, ',') + "\n";
     QTest::newRow("a lap a row") << ("0" + wide + "\n99" + wide + "\n").repeated(50);
 }
 
@@ -389,8 +392,19 @@ void TestOrvaReader::hostileShapes()
         channelCount += channels.size();
     }
     const auto fileSize = static_cast<long long>(names.size() + rows.size());
-    QVERIFY(samples < 1024 * 1024 + 5 * fileSize);
+    QVERIFY(samples < 8 * 1024 * 1024 + 5 * fileSize);
     QVERIFY(channelCount <= 512 * 1024 + fileSize / 8 + 1);
+}
+
+void TestOrvaReader::oneReaderTwice()
+{
+    // The row in hand outlives an import, whichever way it went into its lap.
+    const QString path = files.write(QStringLiteral("twice.csv"), "\nlapdistpct,lapnumber\n\n\n1,1\n2,2\n3,3\n");
+    ORVAReader reader(nullptr);
+    QCOMPARE(reader.importLaps(path)[0]->header().lapNumber, 0);
+    const Laps laps = reader.importLaps(path);
+    QCOMPARE(laps.size(), 1);
+    QCOMPARE(laps[0]->header().lapNumber, 3);
 }
 
 QTEST_GUILESS_MAIN(TestOrvaReader)

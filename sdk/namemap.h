@@ -1,0 +1,22 @@
+#pragma once
+
+// The hash map from names to things behind laps and DynamicData.
+
+#include <QtCore/QHash>
+#include <QtCore/QString>
+
+#include <cstddef>
+#include <unordered_map>
+
+namespace KOV::SDK {
+
+/// Names come out of files: a seed of the process's own keeps a file from choosing names that all collide.
+struct NameHash
+{
+    std::size_t operator()(const QString &name) const noexcept { return qHash(name, QHashSeed::globalSeed()); }
+};
+
+template <typename T>
+using NameMap = std::unordered_map<QString, T, NameHash>;
+
+} // namespace KOV::SDK
