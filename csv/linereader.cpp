@@ -30,6 +30,14 @@ auto lengthWithoutEnding(const View &line)
     return length;
 }
 
+// A decoder of its own, since QString::fromUtf8 would drop a mark at the beginning of a line in mid-file and would not
+// drop a sequence that the end of the file cuts off. The ending goes last: it tells a broken sequence from a cut one.
+QString decoded(std::string_view line)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+    return decoder.decode(QByteArrayView(line.data(), static_cast<qsizetype>(line.size())));
+}
+
 } // namespace
 
 LineReader::LineReader(QIODevice *device)
@@ -87,7 +95,8 @@ bool LineReader::nextOfBytes()
     rawLine = {buffer.data() + begin, length};
     line = rawLine.substr(0, lengthWithoutEnding(rawLine));
     begin += length;
-    return length > 0;
+    // A cut-off sequence alone, which is up to three bytes, makes no line.
+    return newline || length > 3 || !decoded(rawLine).isEmpty();
 }
 
 bool LineReader::nextOfWideText()
@@ -125,11 +134,7 @@ QString LineReader::text() const
 {
     if (wideDecoder)
         return wideLine.toString();
-    // A decoder of its own, since QString::fromUtf8 would drop a mark at the beginning of a line in mid-file and would
-    // not drop a sequence that the end of the file cuts off. The ending goes last: it tells a broken sequence from a
-    // cut one.
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
-    QString text = decoder.decode(QByteArrayView(rawLine.data(), static_cast<qsizetype>(rawLine.size())));
+    QString text = decoded(rawLine);
     text.truncate(lengthWithoutEnding(text));
     return text;
 }
