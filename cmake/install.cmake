@@ -3,7 +3,11 @@ include(CMakePackageConfigHelpers)
 
 set(public_headers
   csv/csvtext.h
+  ld/lapcutter.h
+  ld/ldfile.h
   ld/ldx.h
+  ld/loadlaps.h
+  ld/resample.h
   plugin/plugininterfaceimport.h
   sdk/carinfo.h
   sdk/carstatus.h

@@ -26,15 +26,23 @@ bool looksLikeText(QByteArrayView head)
     return controls * charactersPerControl < head.size();
 }
 
+// The first eight bytes are 64 in the logs of most writers and 0 in those of some; the offset of the first channel
+// record (0 where there is none) follows. Eight zeros alone say little: then the head must hold at least something
+// else.
 bool looksLikeBinaryLog(QByteArrayView head, qint64 fileSize)
 {
-    constexpr quint64 marker = 64;
+    constexpr quint64 usualMarker = 64;
     constexpr qsizetype firstRecordAt = 8;
     constexpr qsizetype firstRecordEnd = firstRecordAt + static_cast<qsizetype>(sizeof(quint32));
+    constexpr qsizetype headBytes = 1762;
     if (head.size() < firstRecordEnd)
         return false;
+    const auto marker = qFromLittleEndian<quint64>(head.data());
     const auto firstRecord = qFromLittleEndian<quint32>(head.data() + firstRecordAt);
-    return qFromLittleEndian<quint64>(head.data()) == marker || (firstRecord != 0 && firstRecord < fileSize);
+    if (marker == usualMarker || (firstRecord != 0 && firstRecord < fileSize))
+        return true;
+    const bool isZero = std::all_of(head.begin(), head.end(), [](char byte) { return byte == 0; });
+    return marker == 0 && firstRecord == 0 && head.size() >= headBytes && !isZero;
 }
 
 } // namespace

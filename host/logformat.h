@@ -19,8 +19,8 @@ inline constexpr qint64 logFormatBytes = 1 << 16;
 /// The kind of log that begins with @p head, the first logFormatBytes of a file of @p fileSize bytes, or all of it.
 ///
 /// Generous, since exports come in many shapes: what starts with a byte order mark or holds next to no control
-/// characters is text, in whatever encoding and whatever it says. A .ld log starts with the number 64 in eight bytes,
-/// or at least has an offset of its first channel record (little-endian, at byte 8) that leads into the file.
+/// characters is text, in whatever encoding and whatever it says. What is not is a .ld log if its head begins as one or
+/// leads to a channel record inside the file.
 LogFormat logFormatOf(QByteArrayView head, qint64 fileSize);
 
 } // namespace Host

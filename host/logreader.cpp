@@ -1,6 +1,7 @@
 #include "host/logreader.h"
 
 #include "host/failure.h"
+#include "host/ldlog.h"
 #include "host/logformat.h"
 #include "host/options.h"
 #include "host/plugin.h"
@@ -68,7 +69,7 @@ Log readLog(const Options &options)
     if (!plugin.isOwn() || format == LogFormat::Text)
         return importText(plugin, path);
     if (format == LogFormat::Binary)
-        throw Failure(path + QLatin1String(": a binary .ld log, which this version cannot read"));
+        return {path, loadLdLog(path), {}};
     throw Failure(path + QLatin1String(": neither a comma-separated text export nor a binary .ld log"));
 }
 

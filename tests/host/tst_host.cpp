@@ -1,5 +1,6 @@
 // Drives orva-host as people and scripts do: arguments in; standard output, standard error and the exit status out.
 
+#include "ld/ldwriter.h"
 #include "testing.h"
 
 #include <QtCore/QDir>
@@ -59,6 +60,21 @@ QByteArray exportText()
     return text;
 }
 
+// A log of two whole laps and the first sample of a third: 60 rows per second, the counter and the timers as they run.
+QByteArray binaryLog()
+{
+    using LdWriter::channel;
+    LdHeadBlock head;
+    LdWriter::setText(head.venueText, "Zürich");
+    LdWriter::setText(head.sessionText, "Race");
+    return LdWriter::log({channel("Lap", {1, 1, 1, 2, 2, 2, 3, 3}),
+                          channel("lapdistpct", {1, 50, 99, 1, 50, 99, 1, 2}, "%"),
+                          channel("lapcurrentlaptime", {1, 45, 90, 1, 46, 92, 1, 2}),
+                          channel("laplastlaptime", {0, 0, 0, 905, 905, 905, 925, 925}, "s", 60, 1),
+                          channel("speed", {0, 1, 2, 10, 11, 12, 20, 21}, "km/h")},
+                         head);
+}
+
 const QString odd = QStringLiteral("--plugin=" ODD_PLUGIN);
 
 } // namespace
@@ -106,6 +122,8 @@ void TestHost::initTestCase()
     files.write(QStringLiteral("image.csv"),
                 QByteArray("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x10\0\0\0\x10\x08\2\0\0\0", 29));
     files.write(QStringLiteral("nothing"), "x");
+    files.write(QStringLiteral("binary.csv"), binaryLog());
+    files.write(QStringLiteral("binary.ldx"), "<x><i Id='Wing' Value='P4'/></x>");
     QCOMPARE(mkfifo(QFile::encodeName(files.path(QStringLiteral("pipe"))).constData(), 0600), 0);
 }
 
@@ -162,7 +180,7 @@ void TestHost::failures()
 void TestHost::formats_data()
 {
     QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QByteArray>("error"); // none: read as text
+    QTest::addColumn<QByteArray>("error"); // none: it gives laps
     const QByteArray text = exportText();
     const QString decoded = QString::fromUtf8(text);
     const auto encoded = [&decoded](QStringConverter::Encoding encoding) -> QByteArray {
@@ -176,6 +194,27 @@ void TestHost::formats_data()
     QTest::newRow("UTF-32, big-endian") << encoded(QStringConverter::Utf32BE) << QByteArray();
     QTest::newRow("Latin-1") << decoded.toLatin1() << QByteArray();
     QTest::newRow("NULs of a torn write") << text + QByteArray(5, '\0') << QByteArray();
+    using LdWriter::channel;
+    LdHeadBlock named;
+    LdWriter::setText(named.venueText, "Zürich");
+    LdHeadBlock marked;
+    marked.reserved0[0] = 64;
+    const std::vector<qint16> few(4, 1);
+    const std::vector<qint16> enough(5, 1);
+    auto otherKind = channel("lap", enough);
+    otherKind.header.typeCode = 7;
+    auto huge = channel("lap", {});
+    huge.header.sampleCount = 0xFFFFFFFF;
+    QTest::newRow("log") << binaryLog() << QByteArray();
+    QTest::newRow("head alone") << LdWriter::log({}, named) << QByteArray("without laps, it holds no channels\n");
+    QTest::newRow("cut-off head") << LdWriter::log({}, marked).left(64) << QByteArray("it holds no channels\n");
+    QTest::newRow("other kind") << LdWriter::log({otherKind}) << QByteArray("no channels of a readable kind");
+    QTest::newRow("no lap") << LdWriter::log({channel("lapdistpct", enough)}) << QByteArray("no \"lap\" channel");
+    QTest::newRow("no distance") << LdWriter::log({channel("Lap", enough)}) << QByteArray("no \"lapdistpct\" channel");
+    QTest::newRow("few samples") << LdWriter::log({channel("lap", enough), channel("lapdistpct", few)})
+                                 << QByteArray("\"lapdistpct\" channel holds too few samples (4 at 60 per second");
+    QTest::newRow("absurd claim") << LdWriter::log({huge, channel("lapdistpct", enough)})
+                                  << QByteArray("claim more samples");
     QTest::newRow("NULs only") << QByteArray(4000, '\0') << QByteArray("neither");
     QTest::newRow("short NULs") << QByteArray(7, '\0') << QByteArray("neither");
     QTest::newRow("program") << QByteArray("\x7f"
@@ -211,6 +250,15 @@ void TestHost::views_data()
         "Venue     \uFFFD[2JN\uFFFDring\nVehicle   -\nDriver    -\nSession   Unknown session\nSource    -\nChannels  "
         "4\n\n"
         "Index  Lap  Kind  Time  Samples  Completed\n    6   46  -        -        6  yes\n");
+    row("laps of a binary log", QStringLiteral("@binary.csv"),
+        "Venue     Zürich\nVehicle   -\nDriver    -\nSession   Race\nSource    -\nChannels  5\n\n"
+        "Index  Lap  Kind         Time  Samples  Completed\n"
+        "    0    1  out lap  1:30.500        3  yes\n"
+        "    1    2  lap      1:32.500        3  yes        best\n"
+        "    2    3  lap             -        1  no\n");
+    row("values of a binary log", QStringLiteral("--values speed,lapdistpct --lap 1 @binary.csv"),
+        "speed,lapdistpct\n10,0.01\n11,0.5\n12,0.99\n");
+    row("setup of a binary log", QStringLiteral("--setup @binary.csv"), "Name  Value  Unit\nWing  P4\n");
     row("channels of the best lap", QStringLiteral("--channels @log.csv"),
         "Lap with index 1 (lap, number 1, time 1:32.500, best): 4 channels\n\n"
         "Name            Unit  Samples  Valid  Minimum  Maximum\n"

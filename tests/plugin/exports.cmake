@@ -1,7 +1,9 @@
 # Looks at the built library as the dynamic linker does: run with -DLIBRARY, -DNM and -DREADELF.
 cmake_minimum_required(VERSION 3.25)
 
-set(free_functions getSessionFromString loadSession loadValues processCsvString)
+set(free_functions
+  cutLaps getSessionFromString ldSampleAllowance ldSampleCount ldText loadLaps loadSession loadValues processCsvString
+  readLd readLdChannel readLdChannelHeaders readLdChannels resample resampledLength)
 
 function(run output)
   execute_process(COMMAND ${ARGN} OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
