@@ -79,9 +79,11 @@ enum class Block
 class Allowance
 {
 public:
-    explicit Allowance(qint64 fileSize)
+    /// Each lap also holds @p setupValues, which count as channels do.
+    Allowance(qint64 fileSize, qint64 setupValues)
         : padding(basePadding + fileSize * paddingPerByte)
         , channels(baseChannels + fileSize / bytesPerChannel)
+        , setupValues(setupValues)
     {
     }
 
@@ -89,8 +91,10 @@ public:
     /// allowance does not reach.
     bool take(long long fieldCount, long long rowCount)
     {
-        if (rowCount == 0)
+        if (rowCount == 0) {
             widestRow = 0;
+            channels -= setupValues;
+        }
         const long long wider = std::max(fieldCount - widestRow, 0LL);
         padding -= std::max(widestRow - fieldCount, 0LL) + wider * rowCount;
         channels -= wider;
@@ -106,6 +110,7 @@ private:
 
     long long padding;
     long long channels;
+    long long setupValues;
     long long widestRow = 0; // of the lap
 };
 
@@ -144,7 +149,7 @@ QList<QSharedPointer<Lap>> ORVAReader::importLaps(const QString &path)
         LineReader lines(&file);
         ColumnPlan plan;
         if (readPreamble(lines, &plan))
-            readRows(lines, plan, file.size());
+            readRows(lines, plan, file.size(), ldxValues.size());
         processLap(false);
 
         for (const QSharedPointer<Lap> &done : std::as_const(laps)) {
@@ -186,9 +191,9 @@ bool ORVAReader::readPreamble(LineReader &lines, ColumnPlan *plan)
     return false;
 }
 
-void ORVAReader::readRows(LineReader &lines, const ColumnPlan &plan, qint64 fileSize)
+void ORVAReader::readRows(LineReader &lines, const ColumnPlan &plan, qint64 fileSize, qint64 setupValues)
 {
-    Allowance allowance(fileSize);
+    Allowance allowance(fileSize, setupValues);
     RowStage stage(&plan, lapDistanceName);
     qint32 rowCounter = 0;
     while (lines.next()) {
@@ -221,7 +226,7 @@ void ORVAReader::readRows(LineReader &lines, const ColumnPlan &plan, qint64 file
         if (!allowance.take(static_cast<long long>(fieldCount), isLapCut(sampledLapDistance()) ? 0 : lap.size()))
             break;
         processData();
-        stage.bind(&lap, expectedRows());
+        stage.bind(&lap, std::min(expectedRows(), fileSize / static_cast<long long>(row.size()))); // a byte a field
     }
     stage.flush();
 }
@@ -237,11 +242,12 @@ long long ORVAReader::expectedRows() const
 
 void ORVAReader::processHeader(const QString &line)
 {
-    const QList<QString> fields = line.split(u',');
-    if (fields.size() < 2)
+    const qsizetype comma = line.indexOf(u',');
+    if (comma < 0)
         return;
-    const QString &key = fields[0];
-    const QString &value = fields[1];
+    const QStringView key = QStringView(line).first(comma);
+    const qsizetype end = line.indexOf(u',', comma + 1);
+    const QString value = line.mid(comma + 1, end < 0 ? -1 : end - comma - 1);
     if (key == QLatin1String("Venue"))
         venue = value;
     else if (key == QLatin1String("Vehicle"))

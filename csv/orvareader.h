@@ -33,7 +33,7 @@ public:
     ///
     /// Rows of uneven length are padded and laps of few rows hold little, so both cost more memory than their text.
     /// That is allowed up to 1 Mi samples of padding and 4 more a byte of the file, and up to 512 Ki channels over all
-    /// laps and one more for every 8 bytes. Where a file asks for more, reading ends as at its end, and the laps up to
+    /// laps and one more for every 8 bytes, a sidecar's value in each lap counting as a channel. Where a file asks for more, reading ends as at its end, and the laps up to
     /// there are returned.
     QList<QSharedPointer<KOV::SDK::Lap>> importLaps(const QString &path);
 
@@ -46,7 +46,7 @@ Q_SIGNALS:
 
 private:
     bool readPreamble(LineReader &lines, ColumnPlan *plan);
-    void readRows(LineReader &lines, const ColumnPlan &plan, qint64 fileSize);
+    void readRows(LineReader &lines, const ColumnPlan &plan, qint64 fileSize, qint64 setupValues);
     long long expectedRows() const;
     void processHeader(const QString &line);
     void startStint();

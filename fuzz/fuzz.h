@@ -9,10 +9,12 @@
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <string_view>
 
 /// The engine's entry. Each target defines it; replay.cpp calls it where there is no engine.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size); // NOLINT(readability-identifier-naming)
@@ -33,6 +35,11 @@ inline QByteArrayView bytesOf(const uint8_t *data, size_t size)
 inline bool sameBits(double a, double b)
 {
     return std::bit_cast<quint64>(a) == std::bit_cast<quint64>(b);
+}
+
+inline bool isAscii(std::string_view text)
+{
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
 /// Writes @p content to the file @p name in a folder of this process, and returns its path.

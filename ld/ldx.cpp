@@ -16,11 +16,60 @@ constexpr QLatin1String eventId("Event");
 constexpr QLatin1String sessionId("Session");
 constexpr QLatin1String setupPrefix("CarSetup_");
 
-// A pipe or a device in the sidecar's place would block the import or never end, so only regular files are read.
-bool openSidecar(QFile &file)
+// Real sidecars have some KiB. The bounds are there because Qt's reader compares all attributes of a tag with each
+// other and holds some 60 bytes for each byte of nested tags.
+constexpr qint64 mostBytes = 1 << 20;
+constexpr qint64 mostTokenBytes = 1 << 14;
+constexpr qint64 pieceBytes = 1 << 12;
+constexpr int mostDepth = 64;
+
+// The tags of a sidecar one after the other. A pipe or a device in its place would block the import or never end, so
+// only regular files are read.
+class SidecarReader
 {
-    return QFileInfo(file).isFile() && file.open(QIODevice::ReadOnly | QIODevice::Text);
-}
+public:
+    explicit SidecarReader(const QString &path)
+        : file(path)
+    {
+        if (QFileInfo(file).isFile())
+            file.open(QIODevice::ReadOnly | QIODevice::Text);
+    }
+
+    // Goes to the next start tag; false where the file ends, breaks off or goes beyond a bound.
+    bool next()
+    {
+        qint64 tokenBytes = 0;
+        while (depth <= mostDepth) {
+            const auto token = xml.readNext();
+            if (token == QXmlStreamReader::Invalid) {
+                if (xml.error() != QXmlStreamReader::PrematureEndOfDocumentError || tokenBytes >= mostTokenBytes)
+                    return false;
+                const QByteArray piece = file.isOpen() && allBytes < mostBytes ? file.read(pieceBytes) : QByteArray();
+                if (piece.isEmpty())
+                    return false;
+                xml.addData(piece);
+                tokenBytes += piece.size();
+                allBytes += piece.size();
+                continue;
+            }
+            tokenBytes = 0;
+            if (token == QXmlStreamReader::EndDocument)
+                return false;
+            if (token == QXmlStreamReader::EndElement)
+                --depth;
+            if (token == QXmlStreamReader::StartElement && ++depth <= mostDepth)
+                return true;
+        }
+        return false;
+    }
+    QXmlStreamAttributes attributes() const { return xml.attributes(); }
+
+private:
+    QFile file;
+    QXmlStreamReader xml;
+    qint64 allBytes = 0;
+    int depth = 0;
+};
 
 } // namespace
 
@@ -41,12 +90,9 @@ Session getSessionFromString(const QString &text)
 
 Session loadSession(const QString &path)
 {
-    QFile file(path);
-    if (!openSidecar(file))
-        return Session::UnknownSession;
-    QXmlStreamReader xml(&file);
-    for (xml.readNext(); !xml.atEnd(); xml.readNext()) {
-        const QXmlStreamAttributes attributes = xml.attributes();
+    SidecarReader sidecar(path);
+    while (sidecar.next()) {
+        const QXmlStreamAttributes attributes = sidecar.attributes();
         if (attributes.value(idAttribute) == eventId)
             return getSessionFromString(attributes.value(valueAttribute).toString());
     }
@@ -56,12 +102,9 @@ Session loadSession(const QString &path)
 QMap<QString, Value> loadValues(const QString &path)
 {
     QMap<QString, Value> values;
-    QFile file(path);
-    if (!openSidecar(file))
-        return values;
-    QXmlStreamReader xml(&file);
-    for (xml.readNext(); !xml.atEnd(); xml.readNext()) {
-        const QXmlStreamAttributes attributes = xml.attributes();
+    SidecarReader sidecar(path);
+    while (sidecar.next()) {
+        const QXmlStreamAttributes attributes = sidecar.attributes();
         if (!attributes.hasAttribute(idAttribute))
             continue;
         const QStringView id = attributes.value(idAttribute);

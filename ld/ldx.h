@@ -9,6 +9,9 @@
 #include <QtCore/QMap>
 #include <QtCore/QString>
 
+// A sidecar counts as broken off behind 1 MiB, at elements nested more than 64 deep, and at a tag, comment or text of
+// more than 16 KiB: what goes beyond that was not written by a logger, and costs out of proportion.
+
 /// The session that a log's own word for it means: "Race", "Offline testing", "Test", "Qualify", "Practice" or
 /// "Warmup", exactly so; UnknownSession for any other text. Thread-safe.
 ORVA_EXPORT KOV::SDK::Session getSessionFromString(const QString &text);
