@@ -1,0 +1,260 @@
+// Files that misbehave: cut off, no files at all, or made to cost more than they should (docs/limits.md).
+
+#include "../ld/ldwriter.h"
+#include "csv/orvareader.h"
+#include "ld/ldx.h"
+#include "ld/loadlaps.h"
+#include "testing.h"
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <ctime>
+
+using KOV::SDK::Lap;
+using namespace Qt::StringLiterals;
+using Laps = QList<QSharedPointer<Lap>>;
+
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool isSanitized = true;
+#elif defined(__has_feature)
+constexpr bool isSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
+#else
+constexpr bool isSanitized = false;
+#endif
+
+constexpr qint64 mebibyte = 1 << 20;
+
+Laps importCsv(const QString &path)
+{
+    return ORVAReader(nullptr).importLaps(path);
+}
+
+/// Lets the process have @p bytes more than it has now, for the life of the object. What goes beyond ends the test.
+class MemoryLimit
+{
+public:
+    explicit MemoryLimit(qint64 bytes)
+    {
+        getrlimit(RLIMIT_AS, &before);
+        QFile statm(u"/proc/self/statm"_s);
+        if (isSanitized || !statm.open(QIODevice::ReadOnly))
+            return;
+        const qint64 pages = statm.readAll().split(' ').constFirst().toLongLong();
+        rlimit limit = before;
+        limit.rlim_cur = static_cast<rlim_t>(pages * sysconf(_SC_PAGESIZE) + bytes);
+        setrlimit(RLIMIT_AS, &limit);
+    }
+    ~MemoryLimit() { setrlimit(RLIMIT_AS, &before); }
+    Q_DISABLE_COPY_MOVE(MemoryLimit)
+
+private:
+    rlimit before{};
+};
+
+QByteArray smallCsv()
+{
+    QByteArray text = "Venue,Ring\nDriver,J\xC3\xB6rg\n\nLap Dist Pct,Speed\n%,\"km/h\"\n\n";
+    for (int row = 0; row < 8; ++row)
+        text += '"' + QByteArray::number(row % 4 * 30) + "\"," + QByteArray::number(row) + ".5\r\n";
+    return text;
+}
+
+QByteArray smallLd()
+{
+    return LdWriter::log({LdWriter::channel("LapDistPct", {0, 30, 60, 90, 20, 50, 80}, "%"),
+                          LdWriter::channel("Lap", {0, 0, 0, 0, 1, 1, 1})});
+}
+
+const QByteArray smallLdx = "<?xml version=\"1.0\"?><a><b Id=\"Event\" Value=\"Race\"/><c Id=\"Fuel\" Value=\"12.5\" "
+                            "Unit=\"l\"/><!-- --><d Id=\"x\" Value=\"&lt;\"/></a>";
+
+} // namespace
+
+class TestRobustness : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void cutAtEveryByte();
+    void noRegularFile_data();
+    void noRegularFile();
+    void growsAndShrinks();
+    void costOfText_data();
+    void costOfText();
+    void costOfSidecar_data();
+    void costOfSidecar();
+    void costOfSparseLog();
+
+private:
+    Testing::Files files;
+};
+
+void TestRobustness::cutAtEveryByte()
+{
+    const auto requireSound = [](const Laps &laps) {
+        for (qsizetype i = 0; i < laps.size(); ++i) {
+            QCOMPARE(laps[i]->header().stintLapIndex, i);
+            QCOMPARE(laps[i]->header().completed, i + 1 < laps.size());
+            for (const QString &name : laps[i]->getAvailableRecordedChannels())
+                QCOMPARE(laps[i]->channel(name)->size(), laps[i]->size());
+        }
+    };
+    const QByteArray csv = smallCsv();
+    qsizetype laps = 0;
+    for (qsizetype length = 0; length <= csv.size(); ++length) {
+        const Laps read = importCsv(files.write(u"cut.csv"_s, csv.first(length)));
+        requireSound(read);
+        laps = read.size();
+    }
+    QCOMPARE(laps, 2);
+    const QByteArray ld = smallLd();
+    for (qsizetype length = 0; length <= ld.size(); ++length)
+        requireSound(loadLaps(files.write(u"cut.ld"_s, ld.first(length))));
+    QCOMPARE(loadLaps(files.path(u"cut.ld"_s)).size(), 2);
+    qsizetype values = 0;
+    for (qsizetype length = 0; length <= smallLdx.size(); ++length) {
+        const QString path = files.write(u"cut.ldx"_s, smallLdx.first(length));
+        const bool hasEvent = length >= smallLdx.indexOf("<c");
+        QCOMPARE(loadSession(path) == KOV::SDK::Session::Race, hasEvent);
+        QVERIFY(loadValues(path).size() >= values);
+        values = loadValues(path).size();
+    }
+    QCOMPARE(values, 2);
+}
+
+void TestRobustness::noRegularFile_data()
+{
+    QTest::addColumn<QString>("path");
+    const QString pipe = files.path(u"pipe"_s);
+    mkfifo(QFile::encodeName(pipe).constData(), 0600);
+    QTest::newRow("directory") << files.path(u"."_s);
+    QTest::newRow("endless device") << u"/dev/zero"_s;
+    QTest::newRow("empty device") << u"/dev/null"_s;
+    QTest::newRow("pipe") << pipe;
+    QTest::newRow("missing") << files.path(u"missing"_s);
+}
+
+void TestRobustness::noRegularFile()
+{
+    QFETCH(QString, path);
+    QVERIFY(importCsv(path).isEmpty());
+    QVERIFY(loadLaps(path).isEmpty());
+    QCOMPARE(loadSession(path), KOV::SDK::Session::UnknownSession);
+    QVERIFY(loadValues(path).isEmpty());
+    // In a sidecar's place it does not keep the log from being read.
+    const QString sidecar = files.path(u"beside.ldx"_s);
+    QVERIFY(QFile::link(path, sidecar));
+    QCOMPARE(importCsv(files.write(u"beside.csv"_s, smallCsv())).size(), 2);
+    QVERIFY(QFile::remove(sidecar));
+}
+
+// The pipe stands for any device whose size changes: a reader must go by what it gets and not by what it was told.
+void TestRobustness::growsAndShrinks()
+{
+    const QByteArray log = smallLd();
+    for (const qsizetype length : {qsizetype{1800}, qsizetype{1900}, log.size() - 3}) {
+        QFile file(files.write(u"shrinks.ld"_s, log));
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        QDataStream stream(&file);
+        LdData data = readLd(stream);
+        const auto headers = readLdChannelHeaders(stream, data);
+        QCOMPARE(headers.size(), 2U);
+        QVERIFY(file.resize(length));
+        for (const auto &samples : readLdChannels(stream, headers))
+            QCOMPARE(samples.size(), 7U);
+        QVERIFY(file.resize(mebibyte));
+        QCOMPARE(readLdChannels(stream, headers).size(), 2U);
+    }
+}
+
+void TestRobustness::costOfText_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<qsizetype>("lapCount");
+    const QByteArray preamble = "\nLap Dist Pct,x\n,\n\n";
+    constexpr qsizetype longLine = 100 * mebibyte;
+    const auto repeated = [](const QByteArray &text, qsizetype count) { return text.repeated(count); };
+    QTest::newRow("header line of 100 MiB") << QByteArray(longLine, ',') + '\n' + preamble << qsizetype{1};
+    QTest::newRow("header text of 100 MiB") << "Venue," + QByteArray(longLine, 'x') + '\n' + preamble << qsizetype{1};
+    QTest::newRow("column row of 8 MiB of commas") << '\n' + QByteArray(8 * mebibyte, ',') << qsizetype{1};
+    QTest::newRow("100,000 laps") << preamble + repeated("90,1\n0,2\n", 100000) << qsizetype{100001};
+    QTest::newRow("alternating rows") << preamble + repeated("9,1\n9\n9,1,2\n", 100000) << qsizetype{1};
+    QTest::newRow("empty rows") << preamble + repeated("\n", 10 * mebibyte) << qsizetype{1};
+}
+
+void TestRobustness::costOfText()
+{
+    QFETCH(QByteArray, text);
+    const QString path = files.write(u"cost.csv"_s, text);
+    const qint64 size = text.size();
+    text.clear();
+    const std::clock_t begin = std::clock();
+    {
+        const MemoryLimit limit(256 * mebibyte + 80 * size);
+        QTEST(importCsv(path).size(), "lapCount");
+    }
+    qInfo("%lld ms", static_cast<long long>((std::clock() - begin) * 1000 / CLOCKS_PER_SEC));
+    QVERIFY(isSanitized || std::clock() - begin < 10 * CLOCKS_PER_SEC);
+}
+
+void TestRobustness::costOfSidecar_data()
+{
+    QTest::addColumn<QByteArray>("sidecar");
+    QTest::addColumn<bool>("hasValues");
+    constexpr qsizetype long1 = 64 * mebibyte;
+    QByteArray laughs = "<!DOCTYPE a [<!ENTITY l0 \"lollollol\">";
+    for (int i = 1; i < 12; ++i)
+        laughs += "<!ENTITY l" + QByteArray::number(i) + " \"" + ("&l" + QByteArray::number(i - 1) + ';').repeated(10) +
+                  "\">";
+    QTest::newRow("entities of entities") << laughs + "]><a Id=\"&l11;\">&l11;</a>" << false;
+    QTest::newRow("deep nesting") << QByteArray("<a>").repeated(long1 / 3) << false;
+    QTest::newRow("deep nesting of name spaces") << QByteArray("<a xmlns:b=\"c\">").repeated(long1 / 15) << false;
+    QTest::newRow("long comment") << "<a><!--" + QByteArray(long1, '-') << false;
+    QTest::newRow("long text") << "<a Id='x'>" + QByteArray(long1, 'x') << true;
+    QTest::newRow("long attribute") << "<a Id=\"" + QByteArray(long1, 'x') + "\"/>" << false;
+    QByteArray attributes = "<a";
+    for (int i = 0; i < 1000000; ++i)
+        attributes += " a" + QByteArray::number(i) + "=''";
+    QTest::newRow("attributes") << attributes + "/>" << false;
+    QByteArray items = "<a>";
+    for (int i = 0; i < 1000000; ++i)
+        items += "<i Id='" + QByteArray::number(i) + "' Unit=''/>";
+    QTest::newRow("items") << items + "</a>" << true;
+}
+
+void TestRobustness::costOfSidecar()
+{
+    QFETCH(QByteArray, sidecar);
+    const QString path = files.write(u"cost.ldx"_s, sidecar);
+    const QString log = files.write(u"cost.csv"_s, "\nLap Dist Pct\n\n\n" + QByteArray("99\n0\n").repeated(100000));
+    sidecar.clear();
+    const std::clock_t begin = std::clock();
+    {
+        const MemoryLimit limit(384 * mebibyte);
+        QCOMPARE(loadSession(path), KOV::SDK::Session::UnknownSession);
+        QTEST(!loadValues(path).isEmpty(), "hasValues");
+        QVERIFY(!importCsv(log).isEmpty());
+    }
+    QFile::remove(path);
+    qInfo("%lld ms", static_cast<long long>((std::clock() - begin) * 1000 / CLOCKS_PER_SEC));
+    QVERIFY(isSanitized || std::clock() - begin < 10 * CLOCKS_PER_SEC);
+}
+
+void TestRobustness::costOfSparseLog()
+{
+    QByteArray log = smallLd();
+    for (const quint32 offset : {0xFFFFFFFFU, 0xFFFFFFF0U, 0x80000000U}) {
+        LdWriter::put(log, qsizetype{sizeof(LdHeadBlock)} + 8, LdInteger<quint32>(offset));
+        LdWriter::put(log, qsizetype{sizeof(LdHeadBlock)} + 124 + 4, LdInteger<quint32>(offset));
+        QFile file(files.write(u"sparse.ld"_s, log));
+        QVERIFY(file.open(QIODevice::ReadWrite) && file.resize(qint64{5} << 30));
+        const MemoryLimit limit(64 * mebibyte);
+        QCOMPARE(loadLaps(file.fileName()).size(), 2);
+    }
+}
+
+QTEST_APPLESS_MAIN(TestRobustness)
+#include "tst_robustness.moc"
