@@ -1,0 +1,110 @@
+#include "ld/fusedloops.h"
+
+#include <algorithm>
+#include <cmath>
+
+// The library is built for every x86-64 processor, so the loops are compiled a second time for those with the
+// instruction, and one of the two is taken at run time. (__builtin_cpu_supports would bring a static initialiser.)
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__FMA__)
+#define ORVA_SECOND_WAY __attribute__((target("avx2,fma")))
+#include <cpuid.h>
+#endif
+
+namespace {
+
+[[gnu::always_inline]] inline void convertLoop(std::span<float> samples, const LdConversion &conversion)
+{
+    const auto [scale, power, shift, multiplier] = conversion;
+    for (float &sample : samples) {
+        const float quotient = sample / scale;
+        const double shifted = std::fma(static_cast<double>(quotient), power, shift);
+        sample = static_cast<float>(shifted * multiplier);
+    }
+}
+
+template <typename Index>
+[[gnu::always_inline]] inline void interpolateLoop(std::span<const float> input, float ratio, Index first,
+                                                   std::span<float> output)
+{
+    const float *const in = input.data();
+    float *const out = output.data();
+    const auto last = static_cast<Index>(input.size() - 1);
+    const auto count = static_cast<Index>(output.size());
+    for (Index i = 0; i < count; ++i) {
+        const float position = static_cast<float>(first + i) / ratio;
+        const auto lower = static_cast<Index>(position);
+        const float fraction = position - static_cast<float>(lower);
+        const Index upper = lower + (fraction > 0.0F ? 1 : 0);
+        const float upperPart = fraction * in[std::min(upper, last)];
+        out[i] = std::fma(1.0F - fraction, in[std::min(lower, last)], upperPart);
+    }
+}
+
+// 32-bit indices are what a processor converts several at a time.
+[[gnu::always_inline]] inline void interpolateAny(std::span<const float> input, float ratio, qint64 first,
+                                                  std::span<float> output)
+{
+    constexpr qint64 shortLimit = 1 << 30;
+    if (first + std::ssize(output) < shortLimit && std::ssize(input) < shortLimit)
+        interpolateLoop<qint32>(input, ratio, static_cast<qint32>(first), output);
+    else
+        interpolateLoop<qint64>(input, ratio, first, output);
+}
+
+void convertPlain(std::span<float> samples, const LdConversion &conversion)
+{
+    convertLoop(samples, conversion);
+}
+
+void interpolatePlain(std::span<const float> input, float ratio, qint64 first, std::span<float> output)
+{
+    interpolateAny(input, ratio, first, output);
+}
+
+#ifdef ORVA_SECOND_WAY
+
+ORVA_SECOND_WAY void convertFused(std::span<float> samples, const LdConversion &conversion)
+{
+    convertLoop(samples, conversion);
+}
+
+ORVA_SECOND_WAY void interpolateFused(std::span<const float> input, float ratio, qint64 first, std::span<float> output)
+{
+    interpolateAny(input, ratio, first, output);
+}
+
+// Bits of CPUID and of the XCR0 register: "Intel 64 and IA-32 Architectures Software Developer's Manual", volume 1, 14.
+bool processorHasFma()
+{
+    constexpr unsigned stateSavedBySystem = 0x6; // XMM and YMM registers
+    unsigned eax = 0;
+    unsigned ebx = 0;
+    unsigned ecx = 0;
+    unsigned edx = 0;
+    constexpr unsigned wanted = bit_FMA | bit_OSXSAVE | bit_AVX;
+    if (__get_cpuid(1, &eax, &ebx, &ecx, &edx) == 0 || (ecx & wanted) != wanted)
+        return false;
+    if (__get_cpuid_count(7, 0, &eax, &ebx, &ecx, &edx) == 0 || (ebx & bit_AVX2) == 0)
+        return false;
+    __asm__("xgetbv" : "=a"(eax), "=d"(edx) : "c"(0));
+    return (eax & stateSavedBySystem) == stateSavedBySystem;
+}
+
+#endif
+
+} // namespace
+
+FusedLoops plainLoops()
+{
+    return {convertPlain, interpolatePlain};
+}
+
+FusedLoops bestLoops()
+{
+#ifdef ORVA_SECOND_WAY
+    static const bool hasFma = processorHasFma();
+    if (hasFma)
+        return {convertFused, interpolateFused};
+#endif
+    return plainLoops();
+}
