@@ -33,7 +33,7 @@ int logMegabytes()
 
 QString cachedLog(const QString &name, const QStringList &options, int megabytes, const QString &suffix)
 {
-    const QString path = QStringLiteral("%1/%2-%3MB.%4").arg(cacheFolder(), name).arg(megabytes).arg(suffix);
+    QString path = QStringLiteral("%1/%2-%3MB.%4").arg(cacheFolder(), name).arg(megabytes).arg(suffix);
     if (QFileInfo::exists(path))
         return path;
     const QString unfinished = path + QStringLiteral(".part");
@@ -47,7 +47,7 @@ QString cachedLog(const QString &name, const QStringList &options, int megabytes
 
 QString cachedSingleLap(const QString &path)
 {
-    const QString copy = QString(path).replace(QLatin1String(".csv"), QLatin1String("-single.csv"));
+    QString copy = QString(path).replace(QLatin1String(".csv"), QLatin1String("-single.csv"));
     if (QFileInfo::exists(copy))
         return copy;
     const QString unfinished = copy + QStringLiteral(".part");
