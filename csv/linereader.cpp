@@ -6,6 +6,7 @@
 namespace {
 
 constexpr std::size_t blockSize = std::size_t{256} * 1024;
+constexpr std::size_t longestLine = std::size_t{256} * 1024 * 1024;
 constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
 
 char16_t code(char c)
@@ -80,6 +81,8 @@ bool LineReader::nextOfBytes()
         if (newline)
             break;
         searched = end - begin;
+        if (searched > longestLine)
+            return false;
         if (isAtEnd || !readBlock())
             break;
     }
@@ -99,6 +102,8 @@ bool LineReader::nextOfWideText()
         if (newline >= 0)
             break;
         searched = wideBuffer.size() - wideBegin;
+        if (static_cast<std::size_t>(searched) > longestLine)
+            return false;
         if (begin == end && (isAtEnd || !readBlock()))
             break;
         wideBuffer.remove(0, wideBegin);

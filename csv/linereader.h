@@ -15,9 +15,10 @@
 ///
 /// A byte order mark at the start decides between UTF-8 (also the default), UTF-16 and UTF-32. LF and CR LF end a line,
 /// a lone CR does not; the last line needs no ending. Each invalid byte of UTF-8 reads as one U+FFFD, and a sequence
-/// that the end of the file cuts off as nothing. A read error counts as the end.
+/// that the end of the file cuts off as nothing. A read error counts as the end, and
+/// so does a line of more than 256 MiB: what holds one is no text.
 ///
-/// Memory: two blocks of 256 KiB, or two to four times the longest line.
+/// Memory: a block of 256 KiB, or up to twice the longest line; six times where the file is not UTF-8.
 class LineReader
 {
 public:

@@ -73,6 +73,42 @@ enum class Block
     Data
 };
 
+// Bounds what a file may cost beyond the numbers that it holds: the channels of each lap, and the padding that keeps
+// them one length where rows are shorter than others. Real exports need next to nothing of it; a hostile one of a
+// megabyte could ask for a terabyte.
+class Allowance
+{
+public:
+    explicit Allowance(qint64 fileSize)
+        : padding(basePadding + fileSize * paddingPerByte)
+        , channels(baseChannels + fileSize / bytesPerChannel)
+    {
+    }
+
+    /// Counts a row of @p fieldCount fields that goes the general way into a lap of @p rowCount rows; false when the
+    /// allowance does not reach.
+    bool take(long long fieldCount, long long rowCount)
+    {
+        if (rowCount == 0)
+            widestRow = 0;
+        const long long wider = std::max(fieldCount - widestRow, 0LL);
+        padding -= std::max(widestRow - fieldCount, 0LL) + wider * rowCount;
+        channels -= wider;
+        widestRow += wider;
+        return padding >= 0 && channels >= 0;
+    }
+
+private:
+    static constexpr long long basePadding = 1024 * 1024; // samples
+    static constexpr long long paddingPerByte = 4;
+    static constexpr long long baseChannels = 512 * 1024; // an empty one takes about a quarter of a KiB in its lap
+    static constexpr long long bytesPerChannel = 8;
+
+    long long padding;
+    long long channels;
+    long long widestRow = 0; // of the lap
+};
+
 } // namespace
 
 ORVAReader::ORVAReader(QObject *parent)
@@ -108,7 +144,7 @@ QList<QSharedPointer<Lap>> ORVAReader::importLaps(const QString &path)
         LineReader lines(&file);
         ColumnPlan plan;
         if (readPreamble(lines, &plan))
-            readRows(lines, plan);
+            readRows(lines, plan, file.size());
         processLap(false);
 
         for (const QSharedPointer<Lap> &done : std::as_const(laps)) {
@@ -150,8 +186,9 @@ bool ORVAReader::readPreamble(LineReader &lines, ColumnPlan *plan)
     return false;
 }
 
-void ORVAReader::readRows(LineReader &lines, const ColumnPlan &plan)
+void ORVAReader::readRows(LineReader &lines, const ColumnPlan &plan, qint64 fileSize)
 {
+    Allowance allowance(fileSize);
     RowStage stage(&plan, lapDistanceName);
     qint32 rowCounter = 0;
     while (lines.next()) {
@@ -181,6 +218,8 @@ void ORVAReader::readRows(LineReader &lines, const ColumnPlan &plan)
         sample.dynamicData.clear();
         for (std::size_t column = 0; column < fieldCount; ++column)
             sample.dynamicData.setValue(plan.name(column), row[column], plan.unit(column));
+        if (!allowance.take(static_cast<long long>(fieldCount), isLapCut(sampledLapDistance()) ? 0 : lap.size()))
+            break;
         processData();
         stage.bind(&lap, expectedRows());
     }
@@ -233,6 +272,11 @@ void ORVAReader::startLap()
     header.lapKind = 1;
 }
 
+double ORVAReader::sampledLapDistance() const
+{
+    return sample.dynamicData.value(lapDistanceName).toDouble() * percent;
+}
+
 bool ORVAReader::isLapCut(double lapDistance) const
 {
     return lastLapDistPct - lapDistance > lapCutFall;
@@ -240,7 +284,7 @@ bool ORVAReader::isLapCut(double lapDistance) const
 
 void ORVAReader::processData()
 {
-    const double lapDistance = sample.dynamicData.value(lapDistanceName).toDouble() * percent;
+    const double lapDistance = sampledLapDistance();
     sample.dynamicData.setValue(lapDistanceName, lapDistance, QString());
     if (isLapCut(lapDistance))
         processLap(true);

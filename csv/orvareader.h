@@ -30,6 +30,11 @@ public:
     /// A path that is missing, cannot be opened or is no regular file (a pipe could block and a device never end) gives
     /// an empty list; a file without data rows one lap without channels. What is no number reads as 0.0, a field that a
     /// short row lacks as invalidValue, and fields behind the last channel name are dropped.
+    ///
+    /// Rows of uneven length are padded and laps of few rows hold little, so both cost more memory than their text.
+    /// That is allowed up to 1 Mi samples of padding and 4 more a byte of the file, and up to 512 Ki channels over all
+    /// laps and one more for every 8 bytes. Where a file asks for more, reading ends as at its end, and the laps up to
+    /// there are returned.
     QList<QSharedPointer<KOV::SDK::Lap>> importLaps(const QString &path);
 
     /// Repairs the channel "lapcurrentlaptime" of @p lap by its "lapdistpct"; without both nothing happens.
@@ -41,11 +46,12 @@ Q_SIGNALS:
 
 private:
     bool readPreamble(LineReader &lines, ColumnPlan *plan);
-    void readRows(LineReader &lines, const ColumnPlan &plan);
+    void readRows(LineReader &lines, const ColumnPlan &plan, qint64 fileSize);
     long long expectedRows() const;
     void processHeader(const QString &line);
     void startStint();
     void startLap();
+    double sampledLapDistance() const;
     bool isLapCut(double lapDistance) const;
     void processData();
     void processLap(bool completed);

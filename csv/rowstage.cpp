@@ -8,7 +8,6 @@ namespace {
 
 // More rows at once store faster, as long as all of them stay in the processor's cache.
 constexpr std::size_t mostRows = 64;
-constexpr std::size_t leastRows = 8;
 constexpr std::size_t valuesInCache = std::size_t{16} * 1024;
 
 } // namespace
@@ -18,7 +17,7 @@ RowStage::RowStage(const ColumnPlan *plan, const QString &derivedName)
     , derivedName(derivedName)
     , derivedColumn(plan->columnCount())
     , stride(plan->columnCount() + 1)
-    , capacity(std::clamp(valuesInCache / stride, leastRows, mostRows))
+    , capacity(std::clamp<std::size_t>(valuesInCache / stride, 1, mostRows))
     , values(capacity * stride)
     , block(capacity)
 {

@@ -3,15 +3,24 @@
 // The signal hub through which a plug-in speaks to its host. Who owns one: plugin/plugininterfaceimport.h.
 
 #include "orva_export.h"
+#include "sdk/lap.h"
+#include "sdk/lapheader.h"
+#include "sdk/liveplugininfo.h"
+#include "sdk/sample.h"
+#include "sdk/sessioninfo.h"
 
+#include <QtCore/QDebug>
 #include <QtCore/QObject>
+#include <QtCore/QSharedPointer>
 #include <QtCore/QString>
 
 namespace KOV::SDK {
 
 /// Carries signals from a plug-in to whoever connects; holds nothing and checks nothing.
 ///
-/// Signals are emitted on the thread that has something to say; delivery follows the kind of connection.
+/// Signals are emitted on the thread that has something to say; delivery follows the kind of connection. A queued one
+/// copies the arguments, but a lap goes by shared pointer: sender and receivers then hold one lap between them.
+/// A file import sends messages only; the other signals are for plug-ins that follow a running session.
 class ORVA_EXPORT DataEmitter : public QObject
 {
     Q_OBJECT
@@ -20,9 +29,22 @@ public:
     explicit DataEmitter(QObject *parent = nullptr);
     ~DataEmitter() override;
 
+    // The signals' order and names, those of their parameters and the full names of the types are part of the
+    // meta-object, and hosts may use it. The types are complete here, since moc records meta-types of complete types
+    // only.
 Q_SIGNALS:
+    void sendConnected();
+    void sendDisconnected();
+    void sendNotConnected();
+    void sendConnectivityAvailable(bool available);
+    void sendTelemetryLap(QSharedPointer<KOV::SDK::Lap> lap);
+    void sendTelemetryLapHeader(const KOV::SDK::LapHeader &header);
+    void sendCarListChanged(const KOV::SDK::LivePluginInfo &pluginInfo);
+    void sendSample(const KOV::SDK::Sample &sample);
+    void sendSessionInfo(KOV::SDK::SessionInfo sessionInfo);
     /// A text for people; @p verbose is a level that the sender chooses and the library never reads.
     void sendMessage(const QString &message, int verbose);
+    void sendProgress(int percent);
 };
 
 } // namespace KOV::SDK

@@ -6,6 +6,8 @@
 #include "sdk/carinfo.h"
 #include "sdk/dynamicdata.h"
 
+#include <QtCore/QMetaType>
+
 namespace KOV::SDK {
 
 /// One instant of one car: who it is, and named values. It has no time stamp: the order of rows is the only time.
@@ -16,3 +18,5 @@ public:
 };
 
 } // namespace KOV::SDK
+
+Q_DECLARE_METATYPE(KOV::SDK::Sample)

@@ -2,7 +2,9 @@
 
 #include "sdk/channel.h"
 
+#include <QtCore/QFileInfo>
 #include <QtCore/QHash>
+#include <QtCore/QList>
 #include <QtCore/QMap>
 
 namespace KOV::SDK {
@@ -52,6 +54,20 @@ QString carStatusToString(CarStatus status)
                                                  {CarStatus::OnTrack, QStringLiteral("On track")},
                                                  {CarStatus::OffTrack, QStringLiteral("Off track")}};
     return texts.value(status);
+}
+
+QString generateUniqueFileName(const QDir &directory, const QString &fileName)
+{
+    static const QList<QString> filters{QStringLiteral("*.*")};
+    const QFileInfo wanted(fileName);
+    const QString base = wanted.baseName();
+    const QString ending = QLatin1Char('.') + wanted.suffix();
+    const QList<QString> taken = directory.entryList(filters, QDir::Files | QDir::NoDotAndDotDot, QDir::NoSort);
+
+    QString candidate = base + ending;
+    for (int number = 1; taken.contains(candidate, Qt::CaseSensitive); ++number)
+        candidate = base + QLatin1Char('_') + QString::number(number) + ending;
+    return directory.absolutePath() + QLatin1Char('/') + candidate;
 }
 
 } // namespace KOV::SDK

@@ -1,11 +1,12 @@
 #pragma once
 
-// Free functions on the model's small types: the validity rule for bare numbers and the display texts.
+// Free functions beside the model: the validity rule for bare numbers, the display texts, and names for new files.
 
 #include "orva_export.h"
 #include "sdk/carstatus.h"
 #include "sdk/session.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QString>
 
 namespace KOV::SDK {
@@ -20,5 +21,14 @@ ORVA_EXPORT QString sessionName(Session session);
 
 /// The English display text of @p status; a null string for a number that is none of the enumeration's. Thread-safe.
 ORVA_EXPORT QString carStatusToString(CarStatus status);
+
+/// The absolute path of a file in @p directory that is not there yet: "base.suffix", or else the first free one of
+/// "base_1.suffix", "base_2.suffix" and so on.
+///
+/// The base is the last component of @p fileName up to its first dot, the suffix what follows its last dot; the dot
+/// between them is always written. Taken are the directory's visible files with a dot in their names, compared case by
+/// case on every file system. Creates and reserves nothing: until the caller makes the file, another may take the name.
+/// A directory that is missing or cannot be read counts as empty. Thread-safe. Lists the directory once.
+ORVA_EXPORT QString generateUniqueFileName(const QDir &directory, const QString &fileName);
 
 } // namespace KOV::SDK

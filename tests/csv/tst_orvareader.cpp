@@ -46,6 +46,8 @@ private Q_SLOTS:
     void sidecar();
     void whatIsNoFile_data();
     void whatIsNoFile();
+    void hostileShapes_data();
+    void hostileShapes();
 
 private:
     Laps import(const QByteArray &content, const QString &name = QStringLiteral("log.csv"))
@@ -359,6 +361,36 @@ void TestOrvaReader::whatIsNoFile()
     const Laps laps = import("");
     QCOMPARE(laps.size(), 1);
     QVERIFY(laps[0]->isEmpty() && !laps[0]->header().completed);
+}
+
+void TestOrvaReader::hostileShapes_data()
+{
+    QTest::addColumn<QByteArray>("rows");
+    const QByteArray wide = QByteArray(20000, ',');
+    QTest::newRow("short rows behind a wide one") << wide + "\n" + QByteArray("1\n").repeated(100000);
+    QTest::newRow("ever wider rows") << QByteArray("1\n").repeated(100000) + wide + "\n";
+    QTest::newRow("a lap a row") << ("0" + wide + "\n99" + wide + "\n").repeated(50);
+}
+
+void TestOrvaReader::hostileShapes()
+{
+    QFETCH(QByteArray, rows);
+    QByteArray names = "lapdistpct";
+    for (int i = 0; i < 20000; ++i)
+        names += "," + QByteArray::number(i);
+    const Laps laps = importRows(names, rows);
+    long long samples = 0;
+    long long channelCount = 0;
+    for (const auto &lap : laps) {
+        const QList<QString> channels = lap->getAvailableRecordedChannels();
+        for (const QString &name : channels)
+            QCOMPARE(lap->channel(name)->size(), lap->size());
+        samples += lap->size() * channels.size();
+        channelCount += channels.size();
+    }
+    const auto fileSize = static_cast<long long>(names.size() + rows.size());
+    QVERIFY(samples < 1024 * 1024 + 5 * fileSize);
+    QVERIFY(channelCount <= 512 * 1024 + fileSize / 8 + 1);
 }
 
 QTEST_GUILESS_MAIN(TestOrvaReader)

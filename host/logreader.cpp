@@ -1,0 +1,76 @@
+#include "host/logreader.h"
+
+#include "host/failure.h"
+#include "host/ldlog.h"
+#include "host/logformat.h"
+#include "host/options.h"
+#include "host/plugin.h"
+#include "sdk/dataemitter.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+
+#include <algorithm>
+
+namespace Host {
+
+namespace {
+
+// Looks before the import does, since the import cannot say what is wrong with a file.
+LogFormat checkedFormat(const QString &path)
+{
+    const QFileInfo info(path);
+    const auto refuse = [&path](const QString &why) {
+        throw Failure(path + QLatin1String(": ") + why + QLatin1String(", expected a log file"));
+    };
+    if (path.isEmpty())
+        throw Failure(QStringLiteral("the log's name is empty, expected a log file"));
+    if (!info.exists())
+        refuse(info.isSymLink() ? QStringLiteral("a link to nothing") : QStringLiteral("no such file"));
+    if (info.isDir())
+        refuse(QStringLiteral("a directory"));
+    if (!info.isFile())
+        refuse(QStringLiteral("no regular file (a device, a pipe or a socket)"));
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        refuse(QLatin1String("cannot be opened (") + file.errorString() + u')');
+    const QByteArray head = file.read(logFormatBytes);
+    if (head.isEmpty() && file.error() != QFileDevice::NoError)
+        refuse(QLatin1String("cannot be read (") + file.errorString() + u')');
+    if (head.isEmpty())
+        refuse(QStringLiteral("empty"));
+    return logFormatOf(head, info.size());
+}
+
+Log importText(const Plugin &plugin, const QString &path)
+{
+    Log log{path, {}, {}};
+    KOV::SDK::PluginInterfaceImport *import = plugin.interface();
+    const auto connection =
+        QObject::connect(import->dataEmitter(), &KOV::SDK::DataEmitter::sendMessage,
+                         [&log](const QString &message, int /*verbose*/) { log.messages.append(message); });
+    log.laps = import->import(path, import->availableImportFormats().value(0), {});
+    QObject::disconnect(connection);
+    log.laps.removeAll(nullptr);
+    if (log.laps.isEmpty())
+        throw Failure(QStringLiteral("%1: \"%2\" finds no laps in it").arg(path, import->pluginName()));
+    if (std::all_of(log.laps.begin(), log.laps.end(), [](const auto &lap) { return lap->isEmpty(); }))
+        throw Failure(path + QLatin1String(": holds no data rows, expected a header, channel names, units and rows"));
+    return log;
+}
+
+} // namespace
+
+Log readLog(const Options &options)
+{
+    const QString &path = options.logPath;
+    const LogFormat format = checkedFormat(path);
+    const Plugin plugin(options.pluginPath);
+    if (!plugin.isOwn() || format == LogFormat::Text)
+        return importText(plugin, path);
+    if (format == LogFormat::Binary)
+        return {path, loadLdLog(path), {}};
+    throw Failure(path + QLatin1String(": neither a comma-separated text export nor a binary .ld log"));
+}
+
+} // namespace Host

@@ -1,0 +1,49 @@
+#include "host/valuetable.h"
+
+#include "host/logreader.h"
+#include "host/output.h"
+#include "host/selection.h"
+#include "host/textformat.h"
+
+#include <algorithm>
+
+namespace Host {
+
+namespace {
+
+QString quotedIfNeeded(QString name)
+{
+    const bool needsQuotes =
+        std::any_of(name.cbegin(), name.cend(), [](QChar c) { return QStringView(u",\"\r\n").contains(c); });
+    return needsQuotes ? u'"' + name.replace(u'"', QLatin1String("\"\"")) + u'"' : name;
+}
+
+} // namespace
+
+void printValues(const Log &log, const Selection &selection, Output &output)
+{
+    const auto &lap = log.laps[selection.laps.front()];
+    QStringList header;
+    std::vector<QSharedPointer<KOV::SDK::Channel>> channels;
+    long long rows = 0;
+    for (const QString &name : selection.valueNames) {
+        header.append(quotedIfNeeded(name));
+        channels.push_back(findChannel(*lap, name));
+        rows = std::max(rows, channels.back()->size());
+    }
+    output.writeText(header.join(u',') + u'\n');
+
+    QByteArray line;
+    for (long long row = 0; row < rows; ++row) {
+        line.clear();
+        for (const auto &channel : channels) {
+            if (row < channel->size() && channel->isValid(row))
+                line += exactNumber(channel->value(row));
+            line += ',';
+        }
+        line.back() = '\n';
+        output.write(line);
+    }
+}
+
+} // namespace Host

@@ -1,0 +1,56 @@
+// Imports a log through the installed plug-in, by what is installed alone: main LOG prints the laps it got.
+
+#include <plugin/plugininterfaceimport.h>
+#include <sdk/sdk_utils.h>
+
+#include <QtCore/QJsonObject>
+#include <QtCore/QPluginLoader>
+
+#include <cstdio>
+
+using namespace KOV::SDK;
+
+int main(int argumentCount, char **arguments)
+{
+    QPluginLoader loader(QStringLiteral(PLUGIN_FILE));
+    if (loader.metaData().value(QLatin1String("IID")) != QLatin1String("kovdata.PluginInterfaceImport/0.2"))
+        return std::fprintf(stderr, "no import plug-in: %s\n", qPrintable(loader.errorString())), 1;
+    auto *plugin = qobject_cast<PluginInterfaceImport *>(loader.instance());
+    if (!plugin || argumentCount != 2)
+        return std::fprintf(stderr, "cannot load: %s\n", qPrintable(loader.errorString())), 1;
+
+    DataEmitter *emitter = plugin->dataEmitter();
+    int messages = 0;
+    int others = 0;
+    const auto other = [&others] { ++others; };
+    const QMetaObject::Connection connections[]{
+        QObject::connect(emitter, &DataEmitter::sendConnected, other),
+        QObject::connect(emitter, &DataEmitter::sendDisconnected, other),
+        QObject::connect(emitter, &DataEmitter::sendNotConnected, other),
+        QObject::connect(emitter, &DataEmitter::sendConnectivityAvailable, other),
+        QObject::connect(emitter, &DataEmitter::sendTelemetryLap, other),
+        QObject::connect(emitter, &DataEmitter::sendTelemetryLapHeader, other),
+        QObject::connect(emitter, &DataEmitter::sendCarListChanged, other),
+        QObject::connect(emitter, &DataEmitter::sendSample, other),
+        QObject::connect(emitter, &DataEmitter::sendSessionInfo, other),
+        QObject::connect(emitter, &DataEmitter::sendProgress, other),
+        QObject::connect(emitter, &DataEmitter::sendMessage, [&messages](const QString &text, int level) {
+            ++messages;
+            std::printf("%d %s\n", level, qPrintable(text));
+        })};
+    for (const QMetaObject::Connection &connection : connections) {
+        if (!connection)
+            return std::fprintf(stderr, "a signal cannot be connected\n"), 1;
+    }
+
+    const QString format = plugin->availableImportFormats().constFirst();
+    const QList<QSharedPointer<Lap>> laps = plugin->import(QString::fromLocal8Bit(arguments[1]), format, {});
+    for (const QSharedPointer<Lap> &lap : laps) {
+        std::printf("%d: %s, %s, %lld samples in %lld channels\n", lap->header().lapNumber,
+                    qPrintable(sessionName(lap->header().session)),
+                    qPrintable(lap->header().lapTime.toString(QStringLiteral("m:ss.zzz"))), lap->size(),
+                    static_cast<long long>(lap->getAvailableRecordedChannels().size()));
+    }
+    const bool complete = laps.size() > 1 && !laps.constFirst()->isEmpty() && messages == 2 && others == 0;
+    return complete ? 0 : 1;
+}

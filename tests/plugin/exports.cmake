@@ -1,0 +1,44 @@
+# Looks at the built library as the dynamic linker does: run with -DLIBRARY, -DNM and -DREADELF.
+cmake_minimum_required(VERSION 3.25)
+
+set(free_functions
+  cutLaps getSessionFromString ldSampleAllowance ldSampleCount ldText loadLaps loadSession loadValues processCsvString
+  readLd readLdChannel readLdChannelHeaders readLdChannels resample resampledLength)
+
+function(run output)
+  execute_process(COMMAND ${ARGN} OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
+  set(${output} "${text}" PARENT_SCOPE)
+endfunction()
+
+run(symbols ${NM} -DC --defined-only ${LIBRARY})
+string(REGEX MATCHALL "[^\n]+" lines "${symbols}")
+foreach(line IN LISTS lines)
+  string(REGEX REPLACE "^[0-9a-f]* *[A-Za-z] " "" symbol "${line}")
+  if(symbol MATCHES "^([A-Za-z]+)\\(" AND CMAKE_MATCH_1 IN_LIST free_functions)
+    list(APPEND found ${CMAKE_MATCH_1})
+  elseif(symbol MATCHES "^qt_plugin_(instance|query_metadata_v2)$")
+    list(APPEND found ${symbol})
+  elseif(NOT symbol MATCHES "^((vtable|typeinfo|typeinfo name) for )?KOV::SDK::"
+      AND NOT symbol MATCHES "^QtPrivate::QMetaTypeInterfaceWrapper<") # Qt's wish where clang compiles
+    message(SEND_ERROR "exported, but not part of the interface: ${symbol}")
+  endif()
+endforeach()
+foreach(name IN LISTS free_functions ITEMS qt_plugin_instance qt_plugin_query_metadata_v2)
+  if(NOT name IN_LIST found)
+    message(SEND_ERROR "not exported: ${name}")
+  endif()
+endforeach()
+
+run(dynamic ${READELF} -dW ${LIBRARY})
+string(REGEX MATCHALL "NEEDED[^\n]*" needed "${dynamic}")
+foreach(line IN LISTS needed)
+  if(NOT line MATCHES "\\[(libQt6Core|libstdc\\+\\+|libgcc_s|libm|libc|ld-linux[^.]*)\\.so")
+    message(SEND_ERROR "needs more than Qt Core and the compiler's runtime: ${line}")
+  endif()
+endforeach()
+
+# Two entries: the compiler's own, and the table of session names.
+run(sections ${READELF} -SW ${LIBRARY})
+if(NOT sections MATCHES " \\.init_array +INIT_ARRAY +[0-9a-f]+ [0-9a-f]+ 000010 ")
+  message(SEND_ERROR "something else runs when the library is loaded: ${sections}")
+endif()
