@@ -26,10 +26,14 @@ namespace {
 bool matchesQt(const QByteArray &text)
 {
     const double expected = QString::fromLatin1(text).toDouble();
-    const QByteArray padded = text + QByteArray(8, '7'); // what stands behind the text must not matter
-    const std::string_view view(padded.constData(), static_cast<std::size_t>(text.size()));
-    double word = 0.0;
-    return sameBits(Csv::toDouble(view), expected) && (!Csv::wordDecimal(view, '.', &word) || sameBits(word, expected));
+    const std::string_view view(text.constData(), static_cast<std::size_t>(text.size()));
+    if (!sameBits(Csv::toDouble(view), expected))
+        return false;
+    if (text.isEmpty() || text.size() > 8)
+        return true;
+    const quint64 word = Csv::loadWord((text + QByteArray(8, '7')).constData()); // what stands behind must not matter
+    double value = 0.0;
+    return !Csv::wordDecimal(word, static_cast<unsigned>(text.size()), '.', &value) || sameBits(value, expected);
 }
 
 } // namespace
