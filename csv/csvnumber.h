@@ -45,7 +45,9 @@ inline quint64 bytesEqual(quint64 word, char c)
 /// conversion. The result is no std::optional: that would travel through memory, at twice the cost of the conversion.
 Q_ALWAYS_INLINE bool wordDecimal(quint64 word, unsigned length, char decimalSign, double *value)
 {
-    static constexpr std::array powersOfTen{1.0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7};
+    // The sign comes with the divisor, which costs nothing.
+    static constexpr std::array powersOfTen{1.0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                            -1.0, -1e1, -1e2, -1e3, -1e4, -1e5, -1e6, -1e7};
     constexpr quint64 everyByte = 0x0101010101010101;
     constexpr quint64 zeroDigits = '0' * everyByte;
     constexpr unsigned wordBits = 64;
@@ -78,8 +80,7 @@ Q_ALWAYS_INLINE bool wordDecimal(quint64 word, unsigned length, char decimalSign
     word = word * 10 + (word >> 8);
     constexpr quint64 pairs = 0x000000FF000000FF;
     word = ((word & pairs) * 0x000F424000000064 + ((word >> 16) & pairs) * 0x0000271000000001) >> 32;
-    const double magnitude = static_cast<double>(static_cast<quint32>(word)) / powersOfTen[fractionDigits];
-    *value = std::bit_cast<double>(std::bit_cast<quint64>(magnitude) | isNegative << (wordBits - 1));
+    *value = static_cast<double>(static_cast<qint32>(word)) / powersOfTen[fractionDigits + 8 * isNegative];
     return true;
 }
 

@@ -234,7 +234,8 @@ void ORVAReader::readRows(LineReader &lines, const ColumnPlan &plan, qint64 file
         if (!allowance.take(static_cast<long long>(fieldCount), isLapCut(sampledLapDistance()) ? 0 : lap.size()))
             break;
         processData();
-        stage.bind(&lap, std::min(expectedRows(), mostRows));
+        const auto rowBytes = lines.bytes() ? static_cast<qint64>(lines.bytes()->size()) + 1 : 1;
+        stage.bind(&lap, std::min(expectedRows(fileSize / rowBytes / (decimate ? decimation : 1)), mostRows));
     }
     stage.flush();
     if (!stagedRow.empty()) { // the row in hand stays in `sample`, whichever way it went
@@ -250,12 +251,11 @@ void ORVAReader::enterRow(const ColumnPlan &plan, std::span<const double> number
         sample.dynamicData.setValue(plan.name(column), numbers[column], plan.unit(column));
 }
 
-// A little more than the lap before had: laps of one log are much of a length, and growing step by step is slow.
-long long ORVAReader::expectedRows() const
+// A little more than the lap before had, since laps of one log are much of a length; for the first lap what the whole
+// file may hold. Growing step by step is slow, and room that is not used costs no memory until it is.
+long long ORVAReader::expectedRows(long long rowsOfFile) const
 {
-    if (laps.isEmpty())
-        return 0;
-    const long long rows = laps.constLast()->size();
+    const long long rows = laps.isEmpty() ? rowsOfFile : laps.constLast()->size();
     return rows + rows / spareRoom;
 }
 
@@ -328,7 +328,8 @@ void ORVAReader::processLap(bool completed)
     header.venueName = venue;
     header.session = session;
     preprocessLap();
-    releaseSpareRoom();
+    if (completed || !laps.isEmpty()) // a log of one lap had its room measured by the file
+        releaseSpareRoom();
     auto done = QSharedPointer<Lap>::create();
     *done = lap;
     laps.append(done);

@@ -50,7 +50,7 @@ private:
     bool readPreamble(LineReader &lines, ColumnPlan *plan);
     void readRows(LineReader &lines, const ColumnPlan &plan, qint64 fileSize, qint64 valuesPerLap);
     void enterRow(const ColumnPlan &plan, std::span<const double> numbers);
-    long long expectedRows() const;
+    long long expectedRows(long long rowsOfFile) const;
     void processHeader(const QString &line);
     void startStint();
     void startLap();
