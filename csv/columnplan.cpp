@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr std::size_t mostColumns = 1024 * 1024; // real exports have some hundreds
+constexpr std::size_t mostColumns = std::size_t{1} << 20; // real exports have some hundreds
 
 // Gives equal texts one index, in order of first appearance.
 class TextIndex

@@ -107,8 +107,7 @@ public:
 private:
     static constexpr long long basePadding = 8LL * 1024 * 1024; // samples
     static constexpr long long paddingPerByte = 4;
-    static constexpr long long baseEntries =
-        512 * 1024; // channels and values: an empty one takes about a quarter of a KiB
+    static constexpr long long baseEntries = 512LL * 1024; // channels and values, a quarter of a KiB each when empty
     static constexpr long long bytesPerEntry = 8;
     static constexpr qint64 largestFile = qint64(1) << 56; // sparse ones can claim more
 
