@@ -210,7 +210,8 @@ qint64 copyLd(const QString &path, Stopwatch *watch)
         file.seek(header.dataOffset);
         for (std::size_t done = 0; done < count;) {
             const std::size_t some = std::min(count - done, blockBytes / width);
-            file.read(block.data(), static_cast<qint64>(some * width));
+            const std::size_t bytes = some * width;
+            file.read(block.data(), static_cast<qint64>(bytes));
             if (width == sizeof(qint16))
                 widen<qint16>(block.data(), some, output + done);
             else
