@@ -3,6 +3,7 @@
 #include <QtCore/QHash>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -44,13 +45,14 @@ void ColumnPlan::setNames(const QString &row)
 {
     columns.reserve(std::min(static_cast<std::size_t>(row.count(u',')) + 1, mostColumns));
     TextIndex index(&names);
+    std::vector<qint32> lastColumns; // by name
     for (const QStringView title : QStringView(row).tokenize(u',')) {
         if (columns.size() == mostColumns)
             break;
         const qint32 name = index.indexOf(valueName(title));
-        lastColumnOfName.resize(static_cast<std::size_t>(names.size()));
-        lastColumnOfName[static_cast<std::size_t>(name)] = columns.size();
-        columns.push_back({name, -1});
+        lastColumns.resize(static_cast<std::size_t>(names.size()), -1);
+        qint32 &last = lastColumns[static_cast<std::size_t>(name)];
+        columns.push_back({name, std::exchange(last, static_cast<qint32>(columns.size()))});
     }
 }
 

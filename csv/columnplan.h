@@ -10,7 +10,7 @@
 
 /// Value names and units by column. A value name is the column's title in lower case without blanks and minus signs.
 ///
-/// Made once a file, so that nothing is normalised or looked up a row. Eight bytes a column and each name and unit
+/// Made once a file, so that nothing is normalised or looked up a row. Twelve bytes a column and each name and unit
 /// once. Columns behind the first 1,048,576 are left out, as though they had no name.
 class ColumnPlan
 {
@@ -24,27 +24,24 @@ public:
     bool hasUnits() const { return unitsAreSet; }
     std::size_t columnCount() const { return columns.size(); }
     const QString &name(std::size_t column) const { return names[columns[column].name]; }
+    /// The nearest column to the left that has the same name; negative if there is none.
+    qint32 columnBefore(std::size_t column) const { return columns[column].before; }
     /// Null where the file gives none.
     QString unit(std::size_t column) const
     {
         return columns[column].unit < 0 ? QString() : units[columns[column].unit];
     }
 
-    /// Each value name once.
-    const QList<QString> &distinctNames() const { return names; }
-    /// For each of distinctNames(), the last column of that name: the one that counts where titles repeat.
-    const std::vector<std::size_t> &lastColumns() const { return lastColumnOfName; }
-
 private:
     struct Column
     {
-        qint32 name = 0;
+        qint32 name;
+        qint32 before;
         qint32 unit = -1;
     };
 
     std::vector<Column> columns;
     QList<QString> names;
     QList<QString> units;
-    std::vector<std::size_t> lastColumnOfName;
     bool unitsAreSet = false;
 };

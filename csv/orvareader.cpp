@@ -89,19 +89,24 @@ public:
     {
     }
 
-    /// Counts a row of @p fieldCount fields that goes the general way into a lap of @p rowCount rows; false when the
-    /// allowance does not reach.
-    bool take(long long fieldCount, long long rowCount)
+    // These count what is to be done, and answer false when the allowance does not reach.
+
+    /// Channels that begin a lap.
+    bool takeLap(long long channelCount)
     {
-        if (rowCount == 0) {
-            widestRow = 0;
-            entries -= entriesPerLap;
-        }
-        const long long wider = std::max(fieldCount - widestRow, 0LL);
-        padding -= std::max(widestRow - fieldCount, 0LL) + wider * rowCount;
-        entries -= wider;
-        widestRow += wider;
-        return padding >= 0 && entries >= 0;
+        entries -= entriesPerLap + channelCount;
+        return entries >= 0;
+    }
+    /// Channels that come to a lap of @p rowCount rows.
+    bool takeChannels(long long channelCount, long long rowCount)
+    {
+        entries -= channelCount;
+        return entries >= 0 && takePadding(channelCount * rowCount);
+    }
+    bool takePadding(long long sampleCount)
+    {
+        padding -= sampleCount;
+        return padding >= 0;
     }
 
 private:
@@ -114,7 +119,6 @@ private:
     long long padding;
     long long entries;
     long long entriesPerLap;
-    long long widestRow = 0; // of the lap
 };
 
 } // namespace
@@ -199,7 +203,7 @@ void ORVAReader::readRows(LineReader &lines, const ColumnPlan &plan, qint64 file
 {
     Allowance allowance(fileSize, valuesPerLap);
     RowStage stage(&plan, lapDistanceName);
-    std::span<const double> stagedRow;
+    std::span<const double> stagedRow; // the row in hand, where it went the straight road
     // A complete row takes at least a digit and a comma a column: no lap has more rows, whatever the one before had.
     const long long mostRows = fileSize / (2 * static_cast<long long>(plan.columnCount())) + 1;
     qint32 rowCounter = 0;
@@ -217,27 +221,32 @@ void ORVAReader::readRows(LineReader &lines, const ColumnPlan &plan, qint64 file
         if (fieldCount == 0)
             continue;
 
-        const double lapDistance = stage.derivedSource() * percent;
+        const double lapDistance = stage.derivedSource(fieldCount) * percent;
         const bool startsLap = isLapCut(lapDistance);
-        if (fieldCount == row.size() && stage.isBound() && !startsLap) {
+        const auto wider = static_cast<long long>(fieldCount) - static_cast<long long>(stage.width());
+        if (wider <= 0 && !startsLap) {
+            if (!allowance.takePadding(-wider))
+                break;
             lastLapDistPct = lapDistance;
-            stage.commit(lapDistance);
-            stagedRow = row;
+            stage.commit(fieldCount, lapDistance);
+            stagedRow = row.first(fieldCount);
             continue;
         }
 
         stage.flush();
-        stage.unbind();
+        const bool isAllowed = startsLap || lap.isEmpty() ? allowance.takeLap(static_cast<long long>(fieldCount))
+                                                          : allowance.takeChannels(wider, lap.size());
+        if (!isAllowed)
+            break;
         stagedRow = {};
         enterRow(plan, row.first(fieldCount));
-        if (!allowance.take(static_cast<long long>(fieldCount), isLapCut(sampledLapDistance()) ? 0 : lap.size()))
-            break;
         processData();
         const auto rowBytes = lines.bytes() ? static_cast<qint64>(lines.bytes()->size()) + 1 : 1;
-        stage.bind(&lap, std::min(expectedRows(fileSize / rowBytes / (decimate ? decimation : 1)), mostRows));
+        stage.bind(&lap, fieldCount,
+                   std::min(expectedRows(fileSize / rowBytes / (decimate ? decimation : 1)), mostRows));
     }
     stage.flush();
-    if (!stagedRow.empty()) { // the row in hand stays in `sample`, whichever way it went
+    if (!stagedRow.empty()) { // it stays in `sample`, whichever way it went
         enterRow(plan, stagedRow);
         sample.dynamicData.setValue(lapDistanceName, lastLapDistPct, QString());
     }

@@ -15,39 +15,53 @@ constexpr std::size_t valuesInCache = std::size_t{16} * 1024;
 RowStage::RowStage(const ColumnPlan *plan, const QString &derivedName)
     : plan(plan)
     , derivedName(derivedName)
-    , derivedColumn(plan->columnCount())
     , stride(plan->columnCount() + 1)
     , capacity(std::clamp<std::size_t>(valuesInCache / stride, 1, mostRows))
     , values(capacity * stride)
     , block(capacity)
 {
-    const qsizetype index = plan->distinctNames().indexOf(derivedName);
-    if (index >= 0)
-        derivedColumn = plan->lastColumns()[static_cast<std::size_t>(index)];
+    for (std::size_t column = 0; column < plan->columnCount(); ++column) {
+        if (plan->name(column) == derivedName)
+            derivedColumns.push_back(column);
+    }
 }
 
-void RowStage::bind(Lap *lap, long long expectedRows)
+double RowStage::derivedSource(std::size_t fieldCount)
+{
+    const auto behind = std::lower_bound(derivedColumns.begin(), derivedColumns.end(), fieldCount);
+    return behind == derivedColumns.begin() ? 0.0 : nextRow()[*(behind - 1)];
+}
+
+void RowStage::bind(Lap *lap, std::size_t fieldCount, long long expectedRows)
 {
     targets.clear();
     const auto add = [&](const QString &name, std::size_t column) {
         const auto channel = lap->channel(name);
-        if (channel) {
-            channel->reserve(expectedRows);
-            targets.push_back({channel.get(), column});
-        }
-        return !channel.isNull();
+        channel->reserve(expectedRows);
+        targets.push_back({channel.get(), column});
     };
-    const QList<QString> &names = plan->distinctNames();
-    bool isComplete = derivedColumn < plan->columnCount() || add(derivedName, derivedColumn);
-    for (qsizetype i = 0; isComplete && i < names.size(); ++i)
-        isComplete = add(names[i], plan->lastColumns()[static_cast<std::size_t>(i)]);
-    if (!isComplete)
-        targets.clear();
+    // Where titles repeat, the last column counts.
+    std::vector<bool> counts(fieldCount, true);
+    for (std::size_t column = 0; column < fieldCount; ++column) {
+        if (const qint32 before = plan->columnBefore(column); before >= 0)
+            counts[static_cast<std::size_t>(before)] = false;
+    }
+    for (std::size_t column = 0; column < fieldCount; ++column) {
+        if (counts[column] && plan->name(column) != derivedName)
+            add(plan->name(column), column);
+    }
+    add(derivedName, plan->columnCount());
+    boundWidth = fieldCount;
 }
 
-void RowStage::commit(double derivedValue)
+void RowStage::commit(std::size_t fieldCount, double derivedValue)
 {
-    nextRow()[derivedColumn] = derivedValue;
+    double *const row = nextRow();
+    for (std::size_t column = fieldCount; column < boundWidth; ++column) {
+        const qint32 before = plan->columnBefore(column);
+        row[column] = before < 0 ? KOV::SDK::invalidValue : row[before];
+    }
+    row[plan->columnCount()] = derivedValue;
     if (++rowCount == capacity)
         flush();
 }

@@ -16,6 +16,15 @@
 
 namespace Testing {
 
+/// Whether a sanitizer keeps books on memory, which then says nothing about ours.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool isSanitized = true;
+#elif defined(__has_feature)
+constexpr bool isSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
+#else
+constexpr bool isSanitized = false;
+#endif
+
 /// QCOMPARE on doubles is approximate and finds two NaNs different; this is neither.
 inline bool sameBits(double a, double b)
 {
