@@ -1,6 +1,7 @@
 // Files that misbehave: cut off, no files at all, or made to cost more than they should (docs/limits.md).
 
 #include "../ld/ldwriter.h"
+#include "csv/linereader.h"
 #include "csv/orvareader.h"
 #include "ld/ldx.h"
 #include "ld/loadlaps.h"
@@ -46,6 +47,34 @@ private:
     rlimit before{};
 };
 
+/// A file on a medium with a fault: its size is that of @p bytes, but reading ends at byte @p faultAt.
+class FaultyDevice : public QIODevice
+{
+public:
+    FaultyDevice(QByteArray bytes, qint64 faultAt)
+        : bytes(std::move(bytes))
+        , faultAt(faultAt)
+    {
+        open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    }
+    qint64 size() const override { return bytes.size(); }
+
+protected:
+    qint64 readData(char *data, qint64 wanted) override
+    {
+        const qint64 count = std::min(wanted, faultAt - pos());
+        if (count <= 0)
+            return -1;
+        std::copy_n(bytes.cbegin() + pos(), count, data);
+        return count;
+    }
+    qint64 writeData(const char * /*data*/, qint64 /*count*/) override { return -1; }
+
+private:
+    QByteArray bytes;
+    qint64 faultAt;
+};
+
 QByteArray smallCsv()
 {
     QByteArray text = "Venue,Ring\nDriver,J\xC3\xB6rg\n\nLap Dist Pct,Speed\n%,\"km/h\"\n\n";
@@ -74,6 +103,7 @@ private Q_SLOTS:
     void noRegularFile_data();
     void noRegularFile();
     void growsAndShrinks();
+    void readError();
     void costOfText_data();
     void costOfText();
     void costOfSidecar_data();
@@ -160,6 +190,35 @@ void TestRobustness::growsAndShrinks()
         QVERIFY(file.resize(mebibyte));
         QCOMPARE(readLdChannels(stream, headers).size(), 2U);
     }
+}
+
+// A read error counts as the end of a text; a channel of a binary log keeps its length.
+void TestRobustness::readError()
+{
+    const auto linesOf = [](QIODevice *device) {
+        QStringList texts;
+        for (LineReader lines(device); lines.next();)
+            texts += lines.text();
+        return texts;
+    };
+    const QByteArray csv = smallCsv();
+    for (qsizetype faultAt = 0; faultAt <= csv.size(); ++faultAt) {
+        FaultyDevice faulty(csv, faultAt);
+        FaultyDevice shorter(csv.first(faultAt), faultAt);
+        QCOMPARE(linesOf(&faulty), linesOf(&shorter));
+    }
+    const QByteArray ld = smallLd();
+    qsizetype complete = 0;
+    for (qsizetype faultAt = 0; faultAt <= ld.size(); ++faultAt) {
+        FaultyDevice device(ld, faultAt);
+        QDataStream stream(&device);
+        LdData data = readLd(stream);
+        const auto channels = readLdChannels(stream, readLdChannelHeaders(stream, data));
+        for (const auto &samples : channels)
+            QCOMPARE(samples.size(), 7U);
+        complete = std::ssize(channels);
+    }
+    QCOMPARE(complete, 2);
 }
 
 // Longest lines, many columns, many laps, much padding: each with the memory that its kind may take.
