@@ -142,6 +142,7 @@ void TestHost::failures_data()
     row("lap is no number", "--lap 1.5 @log.csv", 2, "--lap is \"1.5\"");
     row("lap is negative", "--lap=-1 @log.csv", 2, "--lap is \"-1\"");
     row("two views", "--channels --setup @log.csv", 2, "do not go together");
+    row("open quote", "--values speed,\"rpm @log.csv", 2, "--values is 'speed,\"rpm', expected a double quote");
     row("missing file", "@gone.csv", 1, "gone.csv: no such file, expected a log file");
     row("directory", "@", 1, ": a directory, expected a log file");
     row("pipe", "@pipe", 1, "pipe: no regular file");
@@ -366,6 +367,16 @@ void TestHost::jsonOfOddValues()
           "[null, null, null, null, null, null]", R"("venueName": "\u001b[2JN\u000aring")", R"("name": "a,\"b\"")",
           "\"minimum\": null"})
         QVERIFY2(result.out.contains(expected), expected);
+    const QByteArray dense = result.out.simplified().replace(' ', "");
+    for (const char *expected :
+         {R"("char":{"value":97,)", R"("signedchar":{"value":-3,)", R"("uchar":{"value":200,)",
+          R"("short":{"value":-4,)", R"("ushort":{"value":65535,)", R"("int":{"value":-5,)",
+          R"("uint":{"value":4294967295,)", R"("long":{"value":-9223372036854775808,)",
+          R"("ulong":{"value":9007199254740993,)", R"("qlonglong":{"value":-9223372036854775808,)",
+          R"("qulonglong":{"value":18446744073709551615,)", R"("bool":{"value":true,)",
+          R"("float":{"value":0.10000000149011612,)", R"("double":{"value":null,)",
+          R"("std::nullptr_t":{"value":null,)"})
+        QVERIFY2(dense.contains(expected), expected);
     QVERIFY2(!result.out.contains("[7]"), "a recorded channel hides the calculated one of its name");
 }
 
