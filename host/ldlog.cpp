@@ -1,6 +1,7 @@
 #include "host/ldlog.h"
 
 #include "host/failure.h"
+#include "ld/lapcutter.h"
 #include "ld/ldfile.h"
 #include "ld/ldx.h"
 #include "ld/loadlaps.h"
@@ -16,14 +17,11 @@ namespace Host {
 
 namespace {
 
-constexpr int commonRate = 60;      // samples per second, to which loadLaps brings all channels
-constexpr qint64 fewestSamples = 5; // of the channels that drive the cutting, at the common rate
-
 // Number of samples of the channel @p name that the cutting would see; 0 where there is no such channel.
 qint64 usableSamples(const std::vector<LdChannelHeader> &headers, QLatin1String name)
 {
     for (const LdChannelHeader &header : headers) {
-        const qint64 samples = resampledLength(ldSampleCount(header), header.sampleRate, commonRate);
+        const qint64 samples = resampledLength(ldSampleCount(header), header.sampleRate, ldCommonRate);
         if (samples > 0 && ldText(header.name).toLower() == name)
             return samples;
     }
@@ -46,12 +44,12 @@ QString whyNoLaps(const QString &path)
         const qint64 samples = usableSamples(headers, name);
         if (samples == 0)
             return QStringLiteral("it holds no \"%1\" channel").arg(name);
-        if (samples < fewestSamples)
+        if (samples < ldFewestSamples)
             return QStringLiteral("its \"%1\" channel holds too few samples (%2 at %3 per second, at least %4 needed)")
                 .arg(name)
                 .arg(samples)
-                .arg(commonRate)
-                .arg(fewestSamples);
+                .arg(ldCommonRate)
+                .arg(ldFewestSamples);
     }
     return QStringLiteral("its channels claim more samples than %1 bytes can hold").arg(file.size());
 }

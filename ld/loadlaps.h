@@ -9,6 +9,9 @@
 #include <QtCore/QSharedPointer>
 #include <QtCore/QString>
 
+/// The rate, in samples per second, to which loadLaps brings all channels.
+inline constexpr int ldCommonRate = 60;
+
 /// Reads the laps of the .ld log at @p path, all channels at 60 samples per second, under their names in lower case.
 ///
 /// Each header has the head's session, venue, driver and vehicle. Of several channels with one name the first that has
