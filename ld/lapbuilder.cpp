@@ -92,9 +92,6 @@ qint64 LapBuilder::countLaps(qint64 distanceLength, std::span<const float> count
 
 LapBuilder::LapBuilder(qint64 distanceLength, std::span<const float> counter)
 {
-    const qint64 count = countLaps(distanceLength, counter);
-    pieces.reserve(static_cast<std::size_t>(count));
-    laps.reserve(count);
     const QUuid stintId = QUuid::createUuid();
     const QUuid sessionId = QUuid::createUuid();
     walkLaps(distanceLength, counter, [&](qint64 begin, qint64 end, qint32 lapNumber) {
