@@ -69,7 +69,7 @@ Log readLog(const Options &options)
     if (!plugin.isOwn() || format == LogFormat::Text)
         return importText(plugin, path);
     if (format == LogFormat::Binary)
-        return {path, loadLdLog(path), {}};
+        return loadLdLog(path);
     throw Failure(path + QLatin1String(": neither a comma-separated text export nor a binary .ld log"));
 }
 

@@ -92,6 +92,7 @@ private Q_SLOTS:
     void views_data();
     void views();
     void messagesGoToStandardError();
+    void channelsLeftOut();
     void json_data();
     void json();
     void jsonOfOddValues();
@@ -306,6 +307,41 @@ void TestHost::messagesGoToStandardError()
     QCOMPARE(runHost({odd, log}).err, QByteArray("[odd plugin] two\uFFFDlines\n"));
     QVERIFY(runHost({log, QStringLiteral("--values=speed")}).err.endsWith("index 1; --lap picks another\n"));
     QVERIFY(runHost({QStringLiteral("--help")}).out.startsWith("Usage: "));
+}
+
+void TestHost::channelsLeftOut()
+{
+    using LdWriter::channel;
+    std::vector<LdWriter::Channel> channels{channel("lap", {1, 1, 1, 1, 1}), channel("lapdistpct", {1, 2, 3, 4, 5})};
+    for (const char *name : {"%1", "b", "c", "b", "d", "e", "f", "g"}) {
+        channels.push_back(channel(name, {}));
+        channels.back().header.sampleCount = 0xFFFFFFFF;
+    }
+    channels.push_back(channel("c", {1, 2, 3})); // a second record of the name, with samples that fit
+    channels.push_back(channel("none", {}));
+    const QString path = files.write(QStringLiteral("absurd.ld"), LdWriter::log(channels));
+    const Result absurd = runHost({path});
+    QCOMPARE(absurd.err, path.toUtf8() + ": channels left out, as more samples are claimed than a log of " +
+                             QByteArray::number(QFileInfo(path).size()) +
+                             " bytes is believed to hold: \"%1\", \"b\", \"d\", \"e\", \"f\" and 1 more\n");
+
+    // The most that an honest log asks for: all channels at one per second, short laps, and one lap of each of the 60
+    // samples on the counter's way from one number to the next.
+    constexpr qint16 seconds = 2700;
+    constexpr qint16 lapSeconds = 45;
+    std::vector<qint16> lap;
+    std::vector<qint16> distance;
+    for (qint16 i = 0; i < seconds; ++i) {
+        lap.push_back(static_cast<qint16>(i / lapSeconds));
+        distance.push_back(static_cast<qint16>(i % lapSeconds * 100 / lapSeconds));
+    }
+    channels = {channel("lap", lap, {}, 1), channel("lapdistpct", distance, "%", 1)};
+    while (channels.size() < 200)
+        channels.push_back(channel("c" + QByteArray::number(channels.size()), lap, {}, 1));
+    const Result slow =
+        runHost({QStringLiteral("--channels"), files.write(QStringLiteral("slow.ld"), LdWriter::log(channels))});
+    QCOMPARE(slow.err, QByteArray());
+    QVERIFY2(slow.out.contains("): 200 channels\n"), slow.out.constData());
 }
 
 void TestHost::json_data()
