@@ -438,6 +438,8 @@ void TestHost::outputFailures()
         {QStringLiteral("-c"), QStringLiteral("{ read go < '%2'; %1; echo $? >&2; } | { exec <&-; echo > '%2'; }")
                                    .arg(host, files.path(QStringLiteral("pipe")))});
     QCOMPARE(finish(shell).err, QByteArray("orva-host: standard output: cannot be written: Broken pipe\n1\n"));
+    shell.start(QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral("exec %1 >&-").arg(host)});
+    QCOMPARE(finish(shell).err, QByteArray("orva-host: standard output: cannot be written: Bad file descriptor\n"));
 }
 
 QTEST_GUILESS_MAIN(TestHost)
