@@ -104,8 +104,11 @@ int main(int argc, char *argv[])
         fail(failure.text(), failure.status());
     } catch (const std::bad_alloc &) {
         fail(QStringLiteral("the memory does not suffice for this log"), ExitStatus::BadInput);
-    } catch (const std::exception &error) { // a plug-in's
-        fail(QString::fromLocal8Bit(error.what()), ExitStatus::BadInput);
+    } catch (const std::exception &error) {
+        fail(QLatin1String("the import ended with an exception: ") + QString::fromLocal8Bit(error.what()),
+             ExitStatus::BadInput);
+    } catch (...) {
+        fail(QStringLiteral("the import ended with an exception"), ExitStatus::BadInput);
     }
     return static_cast<int>(status);
 }

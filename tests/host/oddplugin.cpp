@@ -24,6 +24,8 @@ public:
         message(QStringLiteral("two\nlines"), 0);
         if (path.endsWith(QLatin1String("nothing")))
             return {};
+        if (path.endsWith(QLatin1String("thrown")))
+            throw 1; // what no host can expect
         QList<QSharedPointer<Lap>> laps;
         add(laps, 0, true, QTime(0, 1, 20)); // the fastest, but an out lap
         add(laps, 1, true, QTime(0, 1, 30, 5));

@@ -123,6 +123,7 @@ void TestHost::initTestCase()
     files.write(QStringLiteral("image.csv"),
                 QByteArray("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x10\0\0\0\x10\x08\2\0\0\0", 29));
     files.write(QStringLiteral("nothing"), "x");
+    files.write(QStringLiteral("thrown"), "x");
     files.write(QStringLiteral("binary.csv"), binaryLog());
     files.write(QStringLiteral("binary.ldx"), "<x><i Id='Wing' Value='P4'/></x>");
     QCOMPARE(mkfifo(QFile::encodeName(files.path(QStringLiteral("pipe"))).constData(), 0600), 0);
@@ -160,6 +161,7 @@ void TestHost::failures_data()
         "interface \"kovdata.PluginInterfaceImport/0.1\", expected \"kovdata.PluginInterfaceImport/0.2\"");
     row("lying plug-in", "--plugin " LYING_PLUGIN " @log.csv", 1, "does not offer the interface");
     row("plug-in finds nothing", "--plugin " ODD_PLUGIN " @nothing", 1, "\"odd\" finds no laps");
+    row("plug-in throws", "--plugin " ODD_PLUGIN " @thrown", 1, "the import ended with an exception");
     row("unknown lap", "--lap 3 @log.csv", 1, "no lap with index 3, expected 0 to 2");
     row("unknown channel", "--values speed,rpm @log.csv", 1, "no channel \"rpm\" in lap 1");
     row("channel in another case", "--values Speed @log.csv", 1, "did you mean \"speed\"?");
