@@ -86,7 +86,8 @@ QString missingRemark(const QString &path, const QStringList &names)
     QString list = QStringLiteral("\"%1\"").arg(names.first(std::min(names.size(), mostNames)).join(u"\", \""));
     if (more > 0)
         list += QStringLiteral(" and %1 more").arg(more);
-    return QStringLiteral("%1: channels left out, as more samples are claimed than a log of %2 bytes is believed to hold: %3")
+    return QStringLiteral("%1: channels left out, as more samples are claimed than a log of %2 bytes is believed to "
+                          "hold: %3")
         .arg(path, QString::number(QFileInfo(path).size()), list);
 }
 
