@@ -36,15 +36,26 @@ void writeVariant(const QVariant &value, JsonWriter &json)
     case QMetaType::Float:
         json.number(value.toDouble());
         break;
+    case QMetaType::Char:
+    case QMetaType::SChar:
+    case QMetaType::Short:
     case QMetaType::Int:
-    case QMetaType::UInt:
+    case QMetaType::Long:
     case QMetaType::LongLong:
         json.integer(value.toLongLong());
+        break;
+    case QMetaType::UChar:
+    case QMetaType::UShort:
+    case QMetaType::UInt:
+    case QMetaType::ULong:
+    case QMetaType::ULongLong:
+        json.integer(value.toULongLong());
         break;
     case QMetaType::Bool:
         json.boolean(value.toBool());
         break;
     case QMetaType::UnknownType:
+    case QMetaType::Nullptr:
         json.null();
         break;
     default:

@@ -6,6 +6,7 @@
 #include <QtCore/QLatin1String>
 #include <QtCore/QString>
 
+#include <concepts>
 #include <span>
 
 namespace Host {
@@ -33,7 +34,7 @@ public:
 
     void string(const QString &text);
     void boolean(bool value) { scalar(value ? "true" : "false"); }
-    void integer(qint64 value) { scalar(QByteArray::number(value)); }
+    void integer(std::integral auto value) { scalar(QByteArray::number(value)); }
     /// Reads back exactly; null where JSON has no such number: NaN and the infinities.
     void number(double value);
     void null() { scalar("null"); }

@@ -11,10 +11,18 @@
 #include <QtCore/QFileInfo>
 
 #include <algorithm>
+#include <cerrno>
+#include <unistd.h>
 
 namespace Host {
 
 namespace {
+
+// Qt answers "no" to the question whether a file exists that nobody may ask for.
+bool isBehindClosedFolder(const QString &path)
+{
+    return access(QFile::encodeName(path).constData(), F_OK) != 0 && errno == EACCES;
+}
 
 // Looks before the import does, since the import cannot say what is wrong with a file.
 LogFormat checkedFormat(const QString &path)
@@ -26,7 +34,9 @@ LogFormat checkedFormat(const QString &path)
     if (path.isEmpty())
         throw Failure(QStringLiteral("the log's name is empty, expected a log file"));
     if (!info.exists())
-        refuse(info.isSymLink() ? QStringLiteral("a link to nothing") : QStringLiteral("no such file"));
+        refuse(info.isSymLink()             ? QStringLiteral("a link to nothing")
+               : isBehindClosedFolder(path) ? QStringLiteral("in a folder that may not be entered")
+                                            : QStringLiteral("no such file"));
     if (info.isDir())
         refuse(QStringLiteral("a directory"));
     if (!info.isFile())
@@ -69,7 +79,7 @@ Log readLog(const Options &options)
     if (!plugin.isOwn() || format == LogFormat::Text)
         return importText(plugin, path);
     if (format == LogFormat::Binary)
-        return {path, loadLdLog(path), {}};
+        return loadLdLog(path);
     throw Failure(path + QLatin1String(": neither a comma-separated text export nor a binary .ld log"));
 }
 

@@ -15,7 +15,7 @@ struct Log
 {
     QString path;
     Laps laps;            ///< at least one, and at least one of them has channels
-    QStringList messages; ///< what the plug-in said meanwhile
+    QStringList messages; ///< what the plug-in said meanwhile, and what is missing from a binary log
 };
 
 /// Reads the log that @p options name. Throws Failure, also for a log without laps.

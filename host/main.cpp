@@ -15,7 +15,9 @@
 
 #include <csignal>
 #include <exception>
+#include <fcntl.h>
 #include <new>
+#include <unistd.h>
 
 using namespace Host;
 
@@ -57,6 +59,16 @@ void printLog(const Log &log, const Options &options, Output &output)
     }
 }
 
+// What is opened later must not take the place of a standard stream that the caller has closed: the result would be
+// written into it.
+void holdStandardStreams()
+{
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) == -1)
+            (void)open("/dev/null", O_RDONLY); // takes the lowest free place, and refuses what is written
+    }
+}
+
 void run(const QStringList &arguments)
 {
     const Options options = parseOptions(arguments);
@@ -74,6 +86,7 @@ void run(const QStringList &arguments)
 
 int main(int argc, char *argv[])
 {
+    holdStandardStreams();
     std::signal(SIGPIPE, SIG_IGN); // a reader that goes away is a write error like any other
     // Qt complains on standard error where the locale is not one of UTF-8, although nothing here depends on it.
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
@@ -91,8 +104,11 @@ int main(int argc, char *argv[])
         fail(failure.text(), failure.status());
     } catch (const std::bad_alloc &) {
         fail(QStringLiteral("the memory does not suffice for this log"), ExitStatus::BadInput);
-    } catch (const std::exception &error) { // a plug-in's
-        fail(QString::fromLocal8Bit(error.what()), ExitStatus::BadInput);
+    } catch (const std::exception &error) {
+        fail(QLatin1String("the import ended with an exception: ") + QString::fromLocal8Bit(error.what()),
+             ExitStatus::BadInput);
+    } catch (...) {
+        fail(QStringLiteral("the import ended with an exception"), ExitStatus::BadInput);
     }
     return static_cast<int>(status);
 }

@@ -42,7 +42,7 @@ public:
                                     QStringLiteral("Load this import plug-in instead of the one that comes along."),
                                     QStringLiteral("FILE")};
     const QCommandLineOption quiet{{QStringLiteral("q"), QStringLiteral("quiet")},
-                                   QStringLiteral("Do not print the plug-in's messages.")};
+                                   QStringLiteral("Do not print the plug-in's messages and other remarks.")};
     const QCommandLineOption help{{QStringLiteral("h"), QStringLiteral("help")},
                                   QStringLiteral("Print this help and exit.")};
     const QCommandLineOption version{{QStringLiteral("v"), QStringLiteral("version")},
@@ -137,6 +137,9 @@ QStringList splitNames(const QString &text)
             name += character;
         }
     }
+    if (isQuoted)
+        refuse(QStringLiteral("--values is '%1', expected a double quote behind the last name, as one stands before it")
+                   .arg(text));
     names.append(name);
     return names;
 }

@@ -38,7 +38,8 @@ Options parseOptions(const QStringList &arguments);
 QString helpText();
 
 /// Splits what --values was given at its commas. A name that holds a comma stands in double quotes, with double quotes
-/// in it doubled, just as in the header row that --values prints.
+/// in it doubled, just as in the header row that --values prints. Throws Failure with ExitStatus::BadOptions where a
+/// quote is not closed.
 QStringList splitNames(const QString &text);
 
 } // namespace Host

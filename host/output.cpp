@@ -17,7 +17,9 @@ constexpr std::size_t bufferBytes = 1 << 16;
 
 bool isStyledTerminal()
 {
-    return isatty(STDOUT_FILENO) == 1 && qEnvironmentVariableIsEmpty("NO_COLOR") && qgetenv("TERM") != "dumb";
+    const QByteArray terminal = qgetenv("TERM");
+    return isatty(STDOUT_FILENO) == 1 && qEnvironmentVariableIsEmpty("NO_COLOR") && !terminal.isEmpty() &&
+           terminal != "dumb";
 }
 
 [[noreturn]] void failToWrite(int error)

@@ -1,5 +1,6 @@
 #include "ld/lapbuilder.h"
 
+#include "ld/lapcutter.h"
 #include "sdk/channelutils.h"
 
 #include <QtCore/QTime>
@@ -19,7 +20,6 @@ using KOV::SDK::LapHeader;
 
 namespace {
 
-constexpr qint64 leastSamples = 5;
 constexpr double percent = 0.01;
 constexpr float timerRestart = 5.0F; // seconds: a larger fall of the running time is the start of a lap
 constexpr float millisecondsPerSecond = 1000.0F;
@@ -80,7 +80,7 @@ QTime lapTimeOf(float seconds)
 
 bool LapBuilder::canCut(qint64 distanceLength, qint64 counterLength)
 {
-    return distanceLength >= leastSamples && counterLength >= leastSamples;
+    return distanceLength >= ldFewestSamples && counterLength >= ldFewestSamples;
 }
 
 qint64 LapBuilder::countLaps(qint64 distanceLength, std::span<const float> counter)
@@ -92,9 +92,6 @@ qint64 LapBuilder::countLaps(qint64 distanceLength, std::span<const float> count
 
 LapBuilder::LapBuilder(qint64 distanceLength, std::span<const float> counter)
 {
-    const qint64 count = countLaps(distanceLength, counter);
-    pieces.reserve(static_cast<std::size_t>(count));
-    laps.reserve(count);
     const QUuid stintId = QUuid::createUuid();
     const QUuid sessionId = QUuid::createUuid();
     walkLaps(distanceLength, counter, [&](qint64 begin, qint64 end, qint32 lapNumber) {

@@ -26,7 +26,7 @@ class LapBuilder
 public:
     /// Whether two channels of these lengths, distance and counter, can be cut at all.
     static bool canCut(qint64 distanceLength, qint64 counterLength);
-    /// The number of laps that a builder made of the same arguments begins with. No allocation.
+    /// The number of laps that a builder of the same arguments makes, without making any.
     static qint64 countLaps(qint64 distanceLength, std::span<const float> counter);
 
     /// Makes all laps, without channels, and fills their headers but for the lap times.

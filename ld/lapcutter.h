@@ -13,6 +13,9 @@
 
 #include <vector>
 
+/// The fewest samples of "lapdistpct" and of "lap" that cutLaps cuts.
+inline constexpr qint64 ldFewestSamples = 5;
+
 /// Cuts @p samples into laps, in log order. All vectors have one sample rate; both maps have the channels' names in
 /// lower case as keys, and a name without a record in @p headers has no unit.
 ///

@@ -19,8 +19,6 @@ using KOV::SDK::LapHeader;
 
 namespace {
 
-constexpr int commonRate = 60; // samples per second
-
 // What a lap takes besides its samples, in samples of 8 bytes: at most 800 bytes for itself, 200 for each channel.
 constexpr qint64 samplesPerLap = 100;
 constexpr qint64 samplesPerLapChannel = 25;
@@ -56,17 +54,17 @@ public:
     {
         const LdChannelHeader &header = headers[static_cast<std::size_t>(index)];
         const qint64 count = ldSampleCount(header);
-        const qint64 length = resampledLength(count, header.sampleRate, commonRate);
+        const qint64 length = resampledLength(count, header.sampleRate, ldCommonRate);
         const qint64 charge = std::max(length, logLength) + lapCount * samplesPerLapChannel;
         // For a while there are the decoded and the resampled floats too, each half a sample.
-        const qint64 passing = (count + (header.sampleRate == commonRate ? 0 : length)) / 2;
+        const qint64 passing = (count + (header.sampleRate == ldCommonRate ? 0 : length)) / 2;
         if (length == 0 || taken.contains(names.at(index)) || passing > toHold.left - charge || !toDecode.take(count))
             return {};
         toHold.take(charge);
         taken.insert(names.at(index));
         std::vector<float> samples = readLdChannel(stream, header);
-        if (header.sampleRate != commonRate)
-            samples = resample(samples, header.sampleRate, commonRate);
+        if (header.sampleRate != ldCommonRate)
+            samples = resample(samples, header.sampleRate, ldCommonRate);
         return {&header, std::move(samples)};
     }
 

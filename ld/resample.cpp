@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <span>
 
@@ -20,7 +21,7 @@ float ratioOf(int sampleRate, int wantedRate)
 
 qint64 resampledLength(qint64 length, int sampleRate, int wantedRate)
 {
-    constexpr auto longest = static_cast<float>(std::numeric_limits<qint64>::max()) / sizeof(float);
+    constexpr auto longest = static_cast<float>(std::numeric_limits<std::ptrdiff_t>::max()) / sizeof(float);
     if (sampleRate <= 0 || wantedRate <= 0)
         return 0;
     const float wanted = std::ceil(ratioOf(sampleRate, wantedRate) * static_cast<float>(length));

@@ -12,6 +12,10 @@ install_missing() {
   ((${#missing[@]})) || return 0
   local as_root=()
   if ((EUID != 0)); then
+    if ! type -P sudo >/dev/null; then
+      echo "Missing packages: ${missing[*]}; only root or sudo can install them" >&2
+      return 1
+    fi
     as_root=(sudo)
   fi
   echo "Installing packages: ${missing[*]}"

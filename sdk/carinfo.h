@@ -40,6 +40,9 @@ ORVA_EXPORT QDataStream &operator<<(QDataStream &stream, const CarInfo &car);
 ///
 /// Reads Qt Core's plain types, texts, times and shapes, and lists and maps of these up to 32 deep. Any other type of a
 /// value is an error, ReadCorruptData: Qt's readers of some reserve memory for whatever count the stream claims.
+/// Streams of versions before Qt 5 number types otherwise, and less is read of them: in Qt 4's versions no long, short,
+/// float, char of any kind or UUID, in older ones texts, bool and int alone. What operator<< writes reads back in every
+/// version.
 ORVA_EXPORT QDataStream &operator>>(QDataStream &stream, CarInfo &car);
 
 } // namespace KOV::SDK

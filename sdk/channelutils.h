@@ -20,7 +20,9 @@ public:
     /// walk ends early where that sound sample is zero. The last sample never changes, nor do size and unit.
     ///
     /// @p reference has at least as many samples as @p channel. A reference of 0 at the sound sample gives an infinity
-    /// or a NaN. Fewer than two samples, or more than 2^31 - 1: nothing happens. No allocation.
+    /// or a NaN. With fewer than two samples nothing happens. The count is a signed 32-bit one: of a number beyond
+    /// 2^31 - 1 only the lowest 32 bits count, so up to 2^32 + 1 samples nothing happens either, and of more only the
+    /// first, as many as those bits say, are walked. No allocation.
     static void normalizeChannelBeginning(Channel *channel, const Channel *reference);
 
     /// Takes off both ends of @p lap the samples that belong to its neighbours.

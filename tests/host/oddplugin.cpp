@@ -24,6 +24,8 @@ public:
         message(QStringLiteral("two\nlines"), 0);
         if (path.endsWith(QLatin1String("nothing")))
             return {};
+        if (path.endsWith(QLatin1String("thrown")))
+            throw 1; // what no host can expect
         QList<QSharedPointer<Lap>> laps;
         add(laps, 0, true, QTime(0, 1, 20)); // the fastest, but an out lap
         add(laps, 1, true, QTime(0, 1, 30, 5));
@@ -50,6 +52,24 @@ private:
         lap->header().dynamicData.setValue(QStringLiteral("Z"), QStringLiteral("soft"), QString());
         const double none = invalidValue;
         const double nan = std::numeric_limits<double>::quiet_NaN();
+        const qlonglong lowest = std::numeric_limits<qlonglong>::min();
+        const QVariantList kinds{QVariant::fromValue('a'),
+                                 QVariant::fromValue<signed char>(-3),
+                                 QVariant::fromValue<uchar>(200),
+                                 QVariant::fromValue<short>(-4),
+                                 QVariant::fromValue<ushort>(65535),
+                                 -5,
+                                 4294967295U,
+                                 QVariant::fromValue<long>(lowest),
+                                 QVariant::fromValue<ulong>(9007199254740993U),
+                                 lowest,
+                                 std::numeric_limits<qulonglong>::max(),
+                                 true,
+                                 0.1F,
+                                 nan,
+                                 QVariant::fromValue(nullptr)};
+        for (const QVariant &value : kinds)
+            lap->header().dynamicData.setValue(QLatin1String(value.typeName()), value, QString());
         const Channel numbers{-0.0, 0.1, none, nan, infinity, 1e-7};
         const Channel more{-infinity, 1.0 / 3, 123456789.0, none, none, none};
         lap->addChannel(QSharedPointer<Channel>::create(numbers), QStringLiteral("a,\"b\""));

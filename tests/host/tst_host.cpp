@@ -92,6 +92,7 @@ private Q_SLOTS:
     void views_data();
     void views();
     void messagesGoToStandardError();
+    void channelsLeftOut();
     void json_data();
     void json();
     void jsonOfOddValues();
@@ -122,6 +123,7 @@ void TestHost::initTestCase()
     files.write(QStringLiteral("image.csv"),
                 QByteArray("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x10\0\0\0\x10\x08\2\0\0\0", 29));
     files.write(QStringLiteral("nothing"), "x");
+    files.write(QStringLiteral("thrown"), "x");
     files.write(QStringLiteral("binary.csv"), binaryLog());
     files.write(QStringLiteral("binary.ldx"), "<x><i Id='Wing' Value='P4'/></x>");
     QCOMPARE(mkfifo(QFile::encodeName(files.path(QStringLiteral("pipe"))).constData(), 0600), 0);
@@ -142,6 +144,7 @@ void TestHost::failures_data()
     row("lap is no number", "--lap 1.5 @log.csv", 2, "--lap is \"1.5\"");
     row("lap is negative", "--lap=-1 @log.csv", 2, "--lap is \"-1\"");
     row("two views", "--channels --setup @log.csv", 2, "do not go together");
+    row("open quote", "--values speed,\"rpm @log.csv", 2, "--values is 'speed,\"rpm', expected a double quote");
     row("missing file", "@gone.csv", 1, "gone.csv: no such file, expected a log file");
     row("directory", "@", 1, ": a directory, expected a log file");
     row("pipe", "@pipe", 1, "pipe: no regular file");
@@ -158,6 +161,7 @@ void TestHost::failures_data()
         "interface \"kovdata.PluginInterfaceImport/0.1\", expected \"kovdata.PluginInterfaceImport/0.2\"");
     row("lying plug-in", "--plugin " LYING_PLUGIN " @log.csv", 1, "does not offer the interface");
     row("plug-in finds nothing", "--plugin " ODD_PLUGIN " @nothing", 1, "\"odd\" finds no laps");
+    row("plug-in throws", "--plugin " ODD_PLUGIN " @thrown", 1, "the import ended with an exception");
     row("unknown lap", "--lap 3 @log.csv", 1, "no lap with index 3, expected 0 to 2");
     row("unknown channel", "--values speed,rpm @log.csv", 1, "no channel \"rpm\" in lap 1");
     row("channel in another case", "--values Speed @log.csv", 1, "did you mean \"speed\"?");
@@ -307,6 +311,41 @@ void TestHost::messagesGoToStandardError()
     QVERIFY(runHost({QStringLiteral("--help")}).out.startsWith("Usage: "));
 }
 
+void TestHost::channelsLeftOut()
+{
+    using LdWriter::channel;
+    std::vector<LdWriter::Channel> channels{channel("lap", {1, 1, 1, 1, 1}), channel("lapdistpct", {1, 2, 3, 4, 5})};
+    for (const char *name : {"%1", "b", "c", "b", "d", "e", "f", "g"}) {
+        channels.push_back(channel(name, {}));
+        channels.back().header.sampleCount = 0xFFFFFFFF;
+    }
+    channels.push_back(channel("c", {1, 2, 3})); // a second record of the name, with samples that fit
+    channels.push_back(channel("none", {}));
+    const QString path = files.write(QStringLiteral("absurd.ld"), LdWriter::log(channels));
+    const Result absurd = runHost({path});
+    QCOMPARE(absurd.err, path.toUtf8() + ": channels left out, as more samples are claimed than a log of " +
+                             QByteArray::number(QFileInfo(path).size()) +
+                             " bytes is believed to hold: \"%1\", \"b\", \"d\", \"e\", \"f\" and 1 more\n");
+
+    // The most that an honest log asks for: all channels at one per second, short laps, and one lap of each of the 60
+    // samples on the counter's way from one number to the next.
+    constexpr qint16 seconds = 2700;
+    constexpr qint16 lapSeconds = 45;
+    std::vector<qint16> lap;
+    std::vector<qint16> distance;
+    for (qint16 i = 0; i < seconds; ++i) {
+        lap.push_back(static_cast<qint16>(i / lapSeconds));
+        distance.push_back(static_cast<qint16>(i % lapSeconds * 100 / lapSeconds));
+    }
+    channels = {channel("lap", lap, {}, 1), channel("lapdistpct", distance, "%", 1)};
+    while (channels.size() < 200)
+        channels.push_back(channel("c" + QByteArray::number(channels.size()), lap, {}, 1));
+    const Result slow =
+        runHost({QStringLiteral("--channels"), files.write(QStringLiteral("slow.ld"), LdWriter::log(channels))});
+    QCOMPARE(slow.err, QByteArray());
+    QVERIFY2(slow.out.contains("): 200 channels\n"), slow.out.constData());
+}
+
 void TestHost::json_data()
 {
     QTest::addColumn<QString>("command");
@@ -366,6 +405,16 @@ void TestHost::jsonOfOddValues()
           "[null, null, null, null, null, null]", R"("venueName": "\u001b[2JN\u000aring")", R"("name": "a,\"b\"")",
           "\"minimum\": null"})
         QVERIFY2(result.out.contains(expected), expected);
+    const QByteArray dense = result.out.simplified().replace(' ', "");
+    for (const char *expected :
+         {R"("char":{"value":97,)", R"("signedchar":{"value":-3,)", R"("uchar":{"value":200,)",
+          R"("short":{"value":-4,)", R"("ushort":{"value":65535,)", R"("int":{"value":-5,)",
+          R"("uint":{"value":4294967295,)", R"("long":{"value":-9223372036854775808,)",
+          R"("ulong":{"value":9007199254740993,)", R"("qlonglong":{"value":-9223372036854775808,)",
+          R"("qulonglong":{"value":18446744073709551615,)", R"("bool":{"value":true,)",
+          R"("float":{"value":0.10000000149011612,)", R"("double":{"value":null,)",
+          R"("std::nullptr_t":{"value":null,)"})
+        QVERIFY2(dense.contains(expected), expected);
     QVERIFY2(!result.out.contains("[7]"), "a recorded channel hides the calculated one of its name");
 }
 
@@ -391,6 +440,8 @@ void TestHost::outputFailures()
         {QStringLiteral("-c"), QStringLiteral("{ read go < '%2'; %1; echo $? >&2; } | { exec <&-; echo > '%2'; }")
                                    .arg(host, files.path(QStringLiteral("pipe")))});
     QCOMPARE(finish(shell).err, QByteArray("orva-host: standard output: cannot be written: Broken pipe\n1\n"));
+    shell.start(QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral("exec %1 >&-").arg(host)});
+    QCOMPARE(finish(shell).err, QByteArray("orva-host: standard output: cannot be written: Bad file descriptor\n"));
 }
 
 QTEST_GUILESS_MAIN(TestHost)
