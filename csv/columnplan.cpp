@@ -52,7 +52,8 @@ void ColumnPlan::setNames(const QString &row)
         const qint32 name = index.indexOf(valueName(title));
         lastColumns.resize(static_cast<std::size_t>(names.size()), -1);
         qint32 &last = lastColumns[static_cast<std::size_t>(name)];
-        columns.push_back({name, std::exchange(last, static_cast<qint32>(columns.size()))});
+        columns.push_back(
+            {name, std::exchange(last, static_cast<qint32>(columns.size())), static_cast<qint32>(names.size())});
     }
 }
 

@@ -10,7 +10,7 @@
 
 /// Value names and units by column. A value name is the column's title in lower case without blanks and minus signs.
 ///
-/// Made once a file, so that nothing is normalised or looked up a row. Twelve bytes a column and each name and unit
+/// Made once a file, so that nothing is normalised or looked up a row. Sixteen bytes a column and each name and unit
 /// once. Columns behind the first 1,048,576 are left out, as though they had no name.
 class ColumnPlan
 {
@@ -24,6 +24,11 @@ public:
     bool hasUnits() const { return unitsAreSet; }
     std::size_t columnCount() const { return columns.size(); }
     const QString &name(std::size_t column) const { return names[columns[column].name]; }
+    /// How many different names the first @p columnCount columns have.
+    qint32 nameCount(std::size_t columnCount) const
+    {
+        return columnCount == 0 ? 0 : columns[columnCount - 1].nameCount;
+    }
     /// The nearest column to the left that has the same name; negative if there is none.
     qint32 columnBefore(std::size_t column) const { return columns[column].before; }
     /// Null where the file gives none.
@@ -37,6 +42,7 @@ private:
     {
         qint32 name;
         qint32 before;
+        qint32 nameCount; // up to this column
         qint32 unit = -1;
     };
 

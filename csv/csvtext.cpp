@@ -5,7 +5,8 @@
 void processCsvString(QString &line)
 {
     static const QRegularExpression quotedInteger(QStringLiteral("\"(-?[0-9]+)\""));
-    static const QRegularExpression quotedDecimal(QStringLiteral("\"(-?[0-9]+),?([0-9]+)?\""));
+    // Possessive, since otherwise a long run of digits without a quote behind it is split in two at every place.
+    static const QRegularExpression quotedDecimal(QStringLiteral("\"(-?[0-9]++),?([0-9]++)?\""));
 
     if (!line.contains(u'"'))
         return;

@@ -7,6 +7,7 @@
 #include "ld/ldx.h"
 #include "sdk/channelutils.h"
 #include "sdk/sdk_utils.h"
+#include "sdk/wholenumber.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
@@ -34,9 +35,10 @@ constexpr QLatin1String lastLapTimeName("laplastlaptime");
 constexpr QLatin1String currentLapTimeName("lapcurrentlaptime");
 
 constexpr double percent = 0.01;
-constexpr double lapCutFall = 0.75; // of a lap: a larger fall of the distance is the start of a new lap
-constexpr int decimation = 6;       // a 360-per-second export is thinned to 60 per second
-constexpr long long spareRoom = 16; // one part in so many of a lap's room may stand empty
+constexpr double lapCutFall = 0.75;           // of a lap: a larger fall of the distance is the start of a new lap
+constexpr int decimation = 6;                 // a 360-per-second export is thinned to 60 per second
+constexpr long long spareRoom = 16;           // one part in so many of a lap's room may stand empty
+constexpr long long mostReserved = 1LL << 26; // samples, over all channels, that get room ahead of their rows
 
 QTime placeholderLapTime()
 {
@@ -68,13 +70,6 @@ int wholeMilliseconds(double seconds)
     return static_cast<int>(std::clamp(seconds * millisecondsPerSecond, lowest, highest));
 }
 
-// QVariant's own rounding is undefined beyond an int's range and for NaN; such a lap number counts as none.
-int wholeNumber(const Value &value)
-{
-    constexpr double bound = std::numeric_limits<int>::max();
-    return std::abs(value.toDouble()) < bound ? value.toInt() : 0;
-}
-
 // Bounds what a file may cost beyond the numbers that it holds: the channels and sidecar values of each lap,
 // and the padding that keeps channels one length where rows are shorter than others. Real exports need next to nothing
 // of it; a hostile one of a megabyte could ask for a terabyte.
@@ -94,7 +89,7 @@ public:
     /// Channels that begin a lap.
     bool takeLap(long long channelCount)
     {
-        entries -= entriesPerLap + channelCount;
+        entries -= entriesOfLap + entriesPerLap + channelCount;
         return entries >= 0;
     }
     /// Channels that come to a lap of @p rowCount rows.
@@ -113,12 +108,13 @@ private:
     static constexpr long long basePadding = 8LL * 1024 * 1024; // samples
     static constexpr long long paddingPerByte = 4;
     static constexpr long long baseEntries = 512LL * 1024; // channels and values, a quarter of a KiB each when empty
+    static constexpr long long entriesOfLap = 3;           // itself, and the channel that is derived
     static constexpr long long bytesPerEntry = 8;
     static constexpr qint64 largestFile = qint64(1) << 56; // sparse ones can claim more
 
     long long padding;
     long long entries;
-    long long entriesPerLap;
+    long long entriesPerLap; // of the sidecar
 };
 
 } // namespace
@@ -204,8 +200,10 @@ void ORVAReader::readRows(LineReader &lines, const ColumnPlan &plan, qint64 file
     Allowance allowance(fileSize, valuesPerLap);
     RowStage stage(&plan, lapDistanceName);
     std::span<const double> stagedRow; // the row in hand, where it went the straight road
-    // A complete row takes at least a digit and a comma a column: no lap has more rows, whatever the one before had.
-    const long long mostRows = fileSize / (2 * static_cast<long long>(plan.columnCount())) + 1;
+    // A complete row takes at least a digit and a comma a column: no lap has more of them, whatever the one before had.
+    // What a file claims to be long, and is not, must not make the system refuse the memory.
+    const auto columnCount = static_cast<long long>(plan.columnCount());
+    const long long mostRows = std::min(fileSize / 2, mostReserved) / columnCount + 1;
     qint32 rowCounter = 0;
     while (lines.next()) {
         if (decimate) {
@@ -223,10 +221,13 @@ void ORVAReader::readRows(LineReader &lines, const ColumnPlan &plan, qint64 file
 
         const double lapDistance = stage.derivedSource(fieldCount) * percent;
         const bool startsLap = isLapCut(lapDistance);
-        const auto wider = static_cast<long long>(fieldCount) - static_cast<long long>(stage.width());
-        if (wider <= 0 && !startsLap) {
-            if (!allowance.takePadding(-wider))
+        const long long channelCount = plan.nameCount(fieldCount);
+        const long long newChannels = channelCount - plan.nameCount(stage.width());
+        if (fieldCount <= stage.width() && !startsLap) {
+            if (!allowance.takePadding(-newChannels)) {
+                stagedRow = {};
                 break;
+            }
             lastLapDistPct = lapDistance;
             stage.commit(fieldCount, lapDistance);
             stagedRow = row.first(fieldCount);
@@ -234,8 +235,8 @@ void ORVAReader::readRows(LineReader &lines, const ColumnPlan &plan, qint64 file
         }
 
         stage.flush();
-        const bool isAllowed = startsLap || lap.isEmpty() ? allowance.takeLap(static_cast<long long>(fieldCount))
-                                                          : allowance.takeChannels(wider, lap.size());
+        const bool isAllowed = startsLap || lap.isEmpty() ? allowance.takeLap(channelCount)
+                                                          : allowance.takeChannels(newChannels, lap.size());
         if (!isAllowed)
             break;
         stagedRow = {};
@@ -301,7 +302,7 @@ void ORVAReader::startLap()
     LapHeader &header = lap.header();
     header.lapId = QUuid::createUuid();
     header.stintLapIndex = ++lapCounter;
-    header.lapNumber = wholeNumber(sample.dynamicData.value(lapNumberName));
+    header.lapNumber = KOV::SDK::wholeNumber(sample.dynamicData.value(lapNumberName));
     header.lapKind = 1;
 }
 

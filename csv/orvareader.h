@@ -35,8 +35,8 @@ public:
     ///
     /// Rows of uneven length are padded and laps of few rows hold little, so both cost more memory than their text.
     /// That is allowed up to 8 Mi samples of padding and 4 more a byte of the file, and up to 512 Ki channels and
-    /// sidecar values over all laps and one more for every 8 bytes. Where a file asks for more, reading ends as at its
-    /// end, and the laps up to there are returned.
+    /// sidecar values over all laps and one more for every 8 bytes, where a lap counts as three more. Where a file asks
+    /// for more, reading ends as at its end, and the laps up to there are returned.
     QList<QSharedPointer<KOV::SDK::Lap>> importLaps(const QString &path);
 
     /// Repairs the channel "lapcurrentlaptime" of @p lap by its "lapdistpct"; without both nothing happens.

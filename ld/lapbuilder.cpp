@@ -127,8 +127,7 @@ void LapBuilder::addChannel(const QString &name, const LdChannelHeader &header, 
         const qint64 recorded = std::min(end, available) - from;
         appendWidened(*channel, samples.subspan(static_cast<std::size_t>(from), static_cast<std::size_t>(recorded)),
                       inPercent ? percent : 1.0);
-        for (qint64 missing = end - begin - recorded; missing > 0; --missing)
-            channel->append(invalidValue);
+        channel->append(end - begin - recorded, invalidValue);
         laps[static_cast<qsizetype>(i)]->addChannel(std::move(channel), name);
     }
 }

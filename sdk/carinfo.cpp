@@ -1,6 +1,10 @@
 #include "sdk/carinfo.h"
 
+#include "sdk/wholenumber.h"
+
 #include <QtCore/QDataStream>
+#include <QtCore/QDateTime>
+#include <QtCore/QIODevice>
 #include <QtCore/QMap>
 #include <QtCore/QMetaType>
 #include <QtCore/QStringList>
@@ -42,6 +46,14 @@ quint32 typeBeforeQt4(quint32 type)
     }
 }
 
+/// Qt 4 had two blocks of numbers for what Qt Core holds; the second was later moved up to the first.
+quint32 typeOfQt4(quint32 type)
+{
+    constexpr quint32 secondBlock = 128;
+    constexpr quint32 distance = 97;
+    return type >= secondBlock ? type - distance : type;
+}
+
 /// Reads a count and calls @p readItem so often, or until the stream has an error. A count alone reserves nothing.
 template <typename ReadItem>
 void readItems(QDataStream &stream, ReadItem readItem)
@@ -55,6 +67,36 @@ void readItems(QDataStream &stream, ReadItem readItem)
         readItem();
 }
 
+/// Reads a QDateTime as QDataStream writes one, but none with a time zone: Qt takes the zone's name for that of a file,
+/// and a name on a stream may lead anywhere.
+QVariant readDateTime(QDataStream &stream)
+{
+    QDateTime dateTime;
+    if (stream.version() < QDataStream::Qt_5_2) { // there were no zones
+        stream >> dateTime;
+        return dateTime;
+    }
+    QDate date;
+    QTime time;
+    qint8 spec = 0;
+    stream >> date >> time >> spec;
+    QByteArray bytes;
+    QDataStream form(&bytes, QIODevice::ReadWrite);
+    form << date << time << spec;
+    if (spec == Qt::OffsetFromUTC) {
+        qint32 offset = 0;
+        stream >> offset;
+        form << offset;
+    }
+    if (spec < Qt::LocalTime || spec > Qt::OffsetFromUTC) {
+        stream.setStatus(QDataStream::ReadCorruptData);
+        return {};
+    }
+    form.device()->reset();
+    form >> dateTime;
+    return dateTime;
+}
+
 /// Reads a QVariant as QDataStream writes one.
 ///
 /// QVariant's own reader would read any registered type, reserve whatever length a list claims, and call itself for
@@ -66,6 +108,8 @@ QVariant readValue(QDataStream &stream, int depth = 0)
     stream >> type;
     if (stream.version() < QDataStream::Qt_4_0)
         type = typeBeforeQt4(type);
+    else if (stream.version() < QDataStream::Qt_5_0)
+        type = typeOfQt4(type);
     if (stream.version() >= QDataStream::Qt_4_2) {
         qint8 isNull = 0; // no conversion asks for it
         stream >> isNull;
@@ -99,6 +143,17 @@ QVariant readValue(QDataStream &stream, int depth = 0)
         });
         return texts;
     }
+    case QMetaType::QByteArrayList: {
+        QByteArrayList texts; // likewise
+        readItems(stream, [&] {
+            QByteArray text;
+            stream >> text;
+            texts.append(text);
+        });
+        return QVariant::fromValue(texts);
+    }
+    case QMetaType::QDateTime:
+        return readDateTime(stream);
     case QMetaType::Bool:
     case QMetaType::Int:
     case QMetaType::UInt:
@@ -113,12 +168,16 @@ QVariant readValue(QDataStream &stream, int depth = 0)
     case QMetaType::SChar:
     case QMetaType::Double:
     case QMetaType::Float:
+    case QMetaType::Nullptr:
+    case QMetaType::Char16:
+    case QMetaType::Char32:
     case QMetaType::QChar:
     case QMetaType::QString:
     case QMetaType::QByteArray:
+    case QMetaType::QBitArray:
+    case QMetaType::QRegularExpression:
     case QMetaType::QDate:
     case QMetaType::QTime:
-    case QMetaType::QDateTime:
     case QMetaType::QUrl:
     case QMetaType::QLocale:
     case QMetaType::QRect:
@@ -181,7 +240,7 @@ QDataStream &operator>>(QDataStream &stream, CarInfo &car)
     for (const auto &[key, member] : textEntries)
         car.*member = values.value(key).toString();
     car.detailedTelemetry = values.value(detailedTelemetryKey).toBool();
-    car.status = static_cast<CarStatus>(values.value(statusKey).toInt());
+    car.status = static_cast<CarStatus>(wholeNumber(values.value(statusKey)));
     return stream;
 }
 

@@ -38,11 +38,10 @@ ORVA_EXPORT QDataStream &operator<<(QDataStream &stream, const CarInfo &car);
 /// without a value becomes null, false or 0 (CarStatus::NotConnected), whatever it was before; at an error of the
 /// stream all nine do, and only the stream's status tells.
 ///
-/// Reads Qt Core's plain types, texts, times and shapes, and lists and maps of these up to 32 deep. Any other type of a
-/// value is an error, ReadCorruptData: Qt's readers of some reserve memory for whatever count the stream claims.
-/// Streams of versions before Qt 5 number types otherwise, and less is read of them: in Qt 4's versions no long, short,
-/// float, char of any kind or UUID, in older ones texts, bool and int alone. What operator<< writes reads back in every
-/// version.
+/// Reads Qt Core's plain types, texts, times without a zone and shapes, and lists and maps of these up to 32 deep. Any
+/// other type of a value is an error, ReadCorruptData: Qt's readers of some reserve memory for whatever count the stream
+/// claims, or open files that it names. Of streams from before Qt 4, texts, bool and int alone are read. What operator<<
+/// writes reads back in every version.
 ORVA_EXPORT QDataStream &operator>>(QDataStream &stream, CarInfo &car);
 
 } // namespace KOV::SDK

@@ -7,6 +7,11 @@ Channel::Channel(std::initializer_list<double> samples)
 {
 }
 
+void Channel::append(long long count, double value)
+{
+    values.insert(values.end(), static_cast<std::size_t>(count), value);
+}
+
 void Channel::append(std::span<const double> block)
 {
     values.insert(values.end(), block.begin(), block.end());

@@ -39,6 +39,8 @@ public:
     std::span<const double> samples() const { return values; }
 
     void append(double value) { values.push_back(value); }
+    /// Appends @p value @p count times; @p count is not negative.
+    void append(long long count, double value);
     /// Appends @p block, which must not lie in this channel, in order.
     void append(std::span<const double> block);
 

@@ -43,8 +43,7 @@ void Lap::addSample(const Sample &sample)
         auto channel = QSharedPointer<Channel>::create();
         channel->setUnit(value.unit());
         channel->reserve(longest);
-        for (qint32 i = 1; i < longest; ++i)
-            channel->append(invalidValue);
+        channel->append(std::max(longest - 1, 0), invalidValue);
         channel->append(value.toDouble());
         recordedChannels.emplace(name, std::move(channel));
     }

@@ -32,14 +32,15 @@ public:
     /// name that is new gets a channel whose earlier samples are invalidValue; a known channel keeps its first unit.
     /// Values go through QVariant::toDouble, so what is no number arrives as 0.0. The usual row, with the names of the
     /// row before, costs one look-up and one append a channel. A row must hold valid variants only: an invalid one
-    /// leaves its channel a sample short. At most 2^31 - 1 rows.
+    /// begins a new channel with 0.0 and leaves a known one a sample short, and so at odds with the lap's others.
+    /// At most 2^31 - 1 rows.
     void addSample(const Sample &sample);
 
     /// The recorded channel @p name, or null.
     QSharedPointer<Channel> channel(const QString &name) const;
     /// The calculated channel @p name, or null.
     QSharedPointer<Channel> calculatedChannel(const QString &name) const;
-    /// Adds or replaces a channel, which is not null. Its length is not checked against the others.
+    // Add or replace a channel, which is not null. Its length is not checked against the others.
     void addChannel(QSharedPointer<Channel> channel, const QString &name);
     void addCalculatedChannel(QSharedPointer<Channel> channel, const QString &name);
     void removeRecordedChannel(const QString &name);

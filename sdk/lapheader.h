@@ -21,8 +21,8 @@ public:
     CarInfo carInfo;
     QDateTime dateTime; ///< no importer of this library knows it
     QString textA;      ///< at the host's disposal
-    /// Whole milliseconds counted from 00:00:00.000; invalid where it is not known. A text import gives a lap without a
-    /// usable time 00:59:59.000.
+    /// Whole milliseconds counted from 00:00:00.000; invalid where it is not known. A text import gives the
+    /// unfinished lap 00:59:59.000, and so every lap without a usable time where the log has "Lap Last Lap Time".
     QTime lapTime;
     QString venueName; ///< the track
     QString textB;     ///< at the host's disposal

@@ -10,10 +10,13 @@
 
 namespace KOV::SDK {
 
-/// Names come out of files: a seed of the process's own keeps a file from choosing names that all collide.
+/// Names come out of files: a seed of the process's own keeps a file from choosing names that all collide. A map keeps
+/// the seed that it began with, as the process may be given another.
 struct NameHash
 {
-    std::size_t operator()(const QString &name) const noexcept { return qHash(name, QHashSeed::globalSeed()); }
+    std::size_t operator()(const QString &name) const noexcept { return qHash(name, seed); }
+
+    std::size_t seed = QHashSeed::globalSeed();
 };
 
 template <typename T>
