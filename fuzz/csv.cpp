@@ -2,15 +2,16 @@
 
 #include "csv/orvareader.h"
 #include "fuzz.h"
+#include "tests/promises.h"
 
 #include <QtCore/QStringConverter>
 
-using KOV::SDK::Lap;
+using Testing::Laps;
 
 namespace {
 
 // As many laps as cuts: the distance falls by more than three quarters between two laps and nowhere else.
-void requireCuts(const QList<QSharedPointer<Lap>> &laps)
+void requireCuts(const Laps &laps)
 {
     double last = 0.0;
     for (qsizetype i = 0; i < laps.size(); ++i) {
@@ -41,7 +42,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     ORVAReader reader(nullptr);
     const auto laps = reader.importLaps(Fuzz::write(QStringLiteral("log.csv"), text));
     Fuzz::require(!laps.isEmpty());
-    Fuzz::requireSoundLaps(laps);
+    Fuzz::require(Testing::areSound(laps));
     requireCuts(laps);
     return 0;
 }

@@ -1,28 +1,36 @@
 #pragma once
 
-// What several tests need: comparison of doubles by their bits, and files for the length of a test.
+// What several tests need: tables of rows, comparison of samples by their bits, and files for the length of a test.
 
+#include "promises.h"
 #include "sdk/channel.h"
-#include "sdk/lap.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QTest>
 
-#include <bit>
 #include <span>
 #include <vector>
 
 namespace Testing {
 
-/// QCOMPARE on doubles is approximate and finds two NaNs different; this is neither.
-inline bool sameBits(double a, double b)
-{
-    return std::bit_cast<quint64>(a) == std::bit_cast<quint64>(b);
-}
+using namespace Qt::StringLiterals;
 
-/// Whether @p channel holds exactly @p expected, bit by bit; says in the log where it does not.
+/// The columns of a data-driven test. It is called for each row, with the row's name and cells.
+template <typename... Cells>
+class Table
+{
+public:
+    template <typename... Names>
+    explicit Table(Names... names)
+    {
+        (QTest::addColumn<Cells>(names), ...);
+    }
+    void operator()(const char *name, const Cells &...cells) const { (QTest::newRow(name) << ... << cells); }
+};
+
+/// Whether @p actual is @p expected, bit by bit; says in the log where it is not.
 inline bool sameSamples(std::span<const double> actual, const std::vector<double> &expected)
 {
     bool same = actual.size() == expected.size();
