@@ -1,7 +1,44 @@
 // The line reader against QTextStream. The first byte of the input is the length of the pieces that the file comes in.
 
+#include "csv/linereader.h"
+
 #include "fuzz.h"
-#include "tests/csv/agreement.h"
+#include "tests/promises.h"
+
+#include <QtCore/QIODevice>
+#include <QtCore/QTextStream>
+
+#include <algorithm>
+
+namespace {
+
+class PieceByPiece : public QIODevice
+{
+public:
+    PieceByPiece(QByteArrayView content, qint64 pieceLength)
+        : rest(content)
+        , pieceLength(pieceLength)
+    {
+        open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    }
+    bool isSequential() const override { return true; }
+
+protected:
+    qint64 readData(char *data, qint64 maximum) override
+    {
+        const qsizetype count = std::min({maximum, pieceLength, qint64{rest.size()}});
+        std::copy_n(rest.data(), count, data);
+        rest = rest.sliced(count);
+        return count;
+    }
+    qint64 writeData(const char *, qint64) override { return -1; }
+
+private:
+    QByteArrayView rest;
+    qint64 pieceLength;
+};
+
+} // namespace
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
@@ -9,6 +46,15 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const QByteArrayView input = Fuzz::bytesOf(data, size);
     if (input.isEmpty() || input.size() > blockOfTextStream)
         return -1;
-    Fuzz::require(Testing::linesAgree(input.sliced(1).toByteArray(), std::max<qint64>(data[0], 1)));
+    const QByteArray file = input.sliced(1).toByteArray();
+    PieceByPiece device(file, std::max<qint64>(data[0], 1));
+    LineReader lines(&device);
+    QTextStream expected(file);
+    for (QString line; expected.readLineInto(&line);) {
+        Fuzz::require(lines.next() && lines.text() == line);
+        Fuzz::require(!lines.bytes() || !Testing::isAscii(*lines.bytes()) ||
+                      QString::fromLatin1(*lines.bytes()) == line);
+    }
+    Fuzz::require(!lines.next());
     return 0;
 }
