@@ -5,11 +5,8 @@
 
 #include <QtCore/QMetaMethod>
 #include <QtCore/QMetaType>
-#include <QtCore/QThread>
 
-#include <array>
-#include <chrono>
-#include <semaphore>
+#include <thread>
 
 using namespace KOV::SDK;
 using namespace Testing;
@@ -27,14 +24,20 @@ QMetaType typeOf()
 QByteArray operations(QMetaType type)
 {
     const QtPrivate::QMetaTypeInterface *hooks = type.iface();
-    const std::pair<char, bool> all[]{{'d', hooks->defaultCtr != nullptr},   {'c', hooks->copyCtr != nullptr},
-                                      {'m', hooks->moveCtr != nullptr},      {'x', hooks->dtor != nullptr},
-                                      {'=', hooks->equals != nullptr},       {'<', hooks->lessThan != nullptr},
-                                      {'D', hooks->debugStream != nullptr},  {'o', hooks->dataStreamOut != nullptr},
-                                      {'i', hooks->dataStreamIn != nullptr}, {'M', type.metaObject() != nullptr}};
     QByteArray letters;
-    for (const auto &[letter, isThere] : all)
+    const auto add = [&letters](bool isThere, char letter) {
         letters += isThere ? QByteArray(1, letter) : QByteArray();
+    };
+    add(hooks->defaultCtr, 'd');
+    add(hooks->copyCtr, 'c');
+    add(hooks->moveCtr, 'm');
+    add(hooks->dtor, 'x');
+    add(hooks->equals, '=');
+    add(hooks->lessThan, '<');
+    add(hooks->debugStream, 'D');
+    add(hooks->dataStreamOut, 'o');
+    add(hooks->dataStreamIn, 'i');
+    add(type.metaObject(), 'M');
     return letters;
 }
 
@@ -91,23 +94,14 @@ private Q_SLOTS:
         QCOMPARE(method.returnMetaType(), typeOf<void>());
         QCOMPARE(method.parameterNames(), names);
         QCOMPARE(method.parameterCount(), static_cast<int>(types.size()));
-        for (int i = 0; i < method.parameterCount(); ++i)
-            QCOMPARE(method.parameterMetaType(i), types[i]);
-    }
-
-    void argumentMetaTypes()
-    {
-        DataEmitter emitter;
-        for (int method = 0; method < 11; ++method) {
-            for (int argument = 0; argument < 3; ++argument) {
-                int asked = argument;
-                QMetaType answer = typeOf<DataEmitter>();
-                void *arguments[]{&answer, &asked};
-                // By way of qt_metacall, which takes the index from QObject's methods on.
-                QMetaObject::metacall(&emitter, QMetaObject::RegisterMethodArgumentMetaType,
-                                      DataEmitter::staticMetaObject.methodOffset() + method, arguments);
-                QCOMPARE(answer, method == 7 && argument == 0 ? typeOf<Sample>() : QMetaType());
-            }
+        for (int i = 0; i < 3; ++i) {
+            QCOMPARE(method.parameterMetaType(i), types.value(i));
+            // What is registered ahead of a queued connection, which qt_metacall tells.
+            QMetaType registered = typeOf<DataEmitter>();
+            void *arguments[]{&registered, &i};
+            DataEmitter emitter;
+            QMetaObject::metacall(&emitter, QMetaObject::RegisterMethodArgumentMetaType, index, arguments);
+            QCOMPARE(registered, types.value(i) == typeOf<Sample>() ? typeOf<Sample>() : QMetaType());
         }
     }
 
@@ -162,69 +156,44 @@ private Q_SLOTS:
 
     void queuedBetweenThreads()
     {
-        LapHeader filled;
-        filled.venueName = u"venue"_s;
-        filled.dynamicData.setValue(u"fuel"_s, 40.5, u"l"_s);
         const auto lap = QSharedPointer<Lap>::create();
         lap->addChannel(QSharedPointer<Channel>::create(std::initializer_list<double>{1.0, 2.0}), u"speed"_s);
-        LivePluginInfo info;
-        info.streamFirstName = u"first"_s;
-        info.cars.resize(2);
-        info.cars[1].carName = u" second car"_s;
-        Sample sample;
-        sample.driverName = u"driver "_s;
-        sample.dynamicData.setValue(u"rpm"_s, 9000, u"1/min"_s);
-
-        // Qt's own hand-over of events is not visible to ThreadSanitizer, as Qt is not compiled with it. So the
-        // receiver waits with its first event until all are sent, and the sender for the last.
-        std::binary_semaphore sent(0);
-        std::binary_semaphore received(0);
         DataEmitter emitter;
-        QThread receiving;
-        QObject receiver;
-        receiver.moveToThread(&receiving);
         QStringList seen;
-        const auto note = [&](const QString &text) {
-            seen.append(QThread::currentThread() == &receiving ? text : u"wrong thread"_s);
+        const auto on = [&](auto signal, auto textOf) {
+            const auto note = [&seen, textOf](const auto &argument) { seen.append(textOf(argument)); };
+            QVERIFY(connect(&emitter, signal, this, note, Qt::QueuedConnection));
         };
-        const auto on = [&](auto signal, auto heard) {
-            QVERIFY(connect(&emitter, signal, &receiver, heard, Qt::QueuedConnection));
-        };
-        using Emitter = DataEmitter;
-        on(&Emitter::sendTelemetryLap, [&](const QSharedPointer<Lap> &sameLap) {
-            note(sameLap == lap ? u"same lap"_s : u"another lap"_s);
+        on(&DataEmitter::sendTelemetryLap, [&lap](const QSharedPointer<Lap> &sameLap) {
             sameLap->channel(u"speed"_s)->append(3.0);
+            return sameLap == lap ? u"same lap"_s : u"another lap"_s;
         });
-        on(&Emitter::sendTelemetryLapHeader, [&](const LapHeader &header) {
-            note(header.venueName + u' ' + header.dynamicData.value(u"fuel"_s).unit());
+        on(&DataEmitter::sendTelemetryLapHeader,
+           [](const LapHeader &header) { return header.venueName + header.dynamicData.value(u"fuel"_s).unit(); });
+        on(&DataEmitter::sendCarListChanged, [](const LivePluginInfo &info) { return info.cars.at(1).carName; });
+        on(&DataEmitter::sendSample,
+           [](const Sample &sample) { return sample.driverName + sample.dynamicData.value(u"rpm"_s).toString(); });
+        on(&DataEmitter::sendSessionInfo, [](SessionInfo) { return u"session"_s; });
+        std::thread sender([&emitter, lap] {
+            LapHeader header;
+            header.venueName = u"venue "_s;
+            header.dynamicData.setValue(u"fuel"_s, 40.5, u"l"_s);
+            LivePluginInfo info;
+            info.cars.resize(2);
+            info.cars[1].carName = u"second car"_s;
+            Sample sample;
+            sample.driverName = u"driver "_s;
+            sample.dynamicData.setValue(u"rpm"_s, 9000, u"1/min"_s);
+            Q_EMIT emitter.sendTelemetryLap(lap);
+            Q_EMIT emitter.sendTelemetryLapHeader(header);
+            Q_EMIT emitter.sendCarListChanged(info);
+            Q_EMIT emitter.sendSample(sample);
+            Q_EMIT emitter.sendSessionInfo(SessionInfo());
         });
-        on(&Emitter::sendCarListChanged,
-           [&](const LivePluginInfo &cars) { note(cars.streamFirstName + cars.cars.at(1).carName); });
-        on(&Emitter::sendSample,
-           [&](const Sample &heard) { note(heard.driverName + heard.dynamicData.value(u"rpm"_s).toString()); });
-        on(&Emitter::sendSessionInfo, [&](SessionInfo) { note(u"session"_s); });
-        on(&Emitter::sendMessage, [&](const QString &message, int level) { note(message + QString::number(level)); });
-        on(&Emitter::sendProgress, [&](int percent) {
-            note(QString::number(percent));
-            received.release();
-        });
-        QMetaObject::invokeMethod(
-            &receiver, [&sent] { sent.acquire(); }, Qt::QueuedConnection);
-        receiving.start();
-
-        Q_EMIT emitter.sendTelemetryLap(lap);
-        Q_EMIT emitter.sendTelemetryLapHeader(filled);
-        Q_EMIT emitter.sendCarListChanged(info);
-        Q_EMIT emitter.sendSample(sample);
-        Q_EMIT emitter.sendSessionInfo(SessionInfo());
-        Q_EMIT emitter.sendMessage(u"message"_s, -3);
-        Q_EMIT emitter.sendProgress(55);
-        sent.release();
-        QVERIFY(received.try_acquire_for(std::chrono::seconds(10)));
-        receiving.quit();
-        QVERIFY(receiving.wait());
-        QCOMPARE(seen.join(u'|'), u"same lap|venue l|first second car|"
-                                  "driver 9000|session|message-3|55"_s);
+        sender.join();
+        QVERIFY(seen.isEmpty());
+        QCoreApplication::processEvents();
+        QCOMPARE(seen.join(u'|'), u"same lap|venue l|second car|driver 9000|session"_s);
         QVERIFY(sameSamples(*lap, "speed", {1.0, 2.0, 3.0}));
     }
 

@@ -77,16 +77,10 @@ private Q_SLOTS:
         lap.addSample(row({{"a", 2}, {"b", 3}}, "mi"));
         QCOMPARE(lap.channel(u"a"_s)->unit(), u"km"_s);
         QCOMPARE(lap.channel(u"b"_s)->unit(), u"mi"_s);
-    }
-
-    void unconvertibleValueIsZero()
-    {
-        Sample sample;
-        sample.dynamicData.setValue(u"a"_s, u"text"_s, QString());
-        Lap lap;
-        lap.addSample(sample);
-        lap.addSample(sample);
-        QVERIFY(sameSamples(lap, "a", {0.0, 0.0}));
+        Sample text; // what cannot be converted is zero
+        text.dynamicData.setValue(u"a"_s, u"text"_s, QString());
+        lap.addSample(text);
+        QVERIFY(sameSamples(lap, "a", {1, 2, 0}));
     }
 
     void copiesAndClearing()
@@ -119,17 +113,15 @@ private Q_SLOTS:
         QCOMPARE(lap.getAvailableRecordedChannels(), sample.dynamicData.valueNameList());
     }
 
-    void dynamicDataReplacesAndTells()
+    void valuesByName()
     {
         const QString name = u"x"_s;
         DynamicData data;
-        QVERIFY(data.isEmpty() && data.asRange().begin() == data.asRange().end());
-        QVERIFY(!data.value(name).isValid());
+        QVERIFY(data.isEmpty() && data.asRange().begin() == data.asRange().end() && !data.value(name).isValid());
         data.setValue(name, 1.0, u"m"_s);
         data.setValue(name, 2.0, QString());
-        QCOMPARE(data.size(), 1);
-        QCOMPARE(data.value(name).toDouble(), 2.0);
-        QVERIFY(data.value(name).unit().isNull());
+        QVERIFY(data.size() == 1 && data.value(name) == Value(2.0, u""_s) && data.value(name).unit().isNull());
+        QVERIFY(data.value(name) != Value(2.0, u"m"_s) && data.value(name) != Value(1.0, QString()));
         data.setValue(name, Value());
         QVERIFY(data.containsValue(name) && !data.value(name).isValid());
         data.removeValue(u"other"_s);
@@ -138,29 +130,19 @@ private Q_SLOTS:
         QVERIFY(!data.containsValue(name));
     }
 
-    void valuesCompareWithTheirUnits()
-    {
-        QVERIFY(Value(1.0, u"m"_s) == Value(1.0, u"m"_s));
-        QVERIFY(Value(1.0, u"m"_s) != Value(2.0, u"m"_s));
-        QVERIFY(Value(1.0, u"m"_s) != Value(1.0, u"km"_s));
-        QVERIFY(Value(1.0, QString()) == Value(1.0, u""_s));
-    }
-
     void channelsByName()
     {
         const QString name = u"speed"_s;
         const auto recorded = QSharedPointer<Channel>::create(std::initializer_list<double>{1.0, 2.0});
         const auto calculated = QSharedPointer<Channel>::create(std::initializer_list<double>{3.0, 4.0, 5.0});
         Lap lap;
-        QCOMPARE(lap.size(), 0);
         lap.addCalculatedChannel(calculated, name);
-        QCOMPARE(lap.size(), 3);
-        QVERIFY(!lap.channel(name) && !lap.containsRecordedChannel(name) && lap.containsChannel(name));
+        QVERIFY(lap.size() == 3 && !lap.channel(name) && !lap.containsRecordedChannel(name));
+        QVERIFY(lap.containsChannel(name) && lap.getAvailableCalculatedChannels() == Names{name});
         lap.addChannel(QSharedPointer<Channel>::create(), name);
         lap.addChannel(recorded, name);
-        QVERIFY(lap.containsRecordedChannel(name) && lap.containsCalculatedChannel(name));
+        QVERIFY(lap.size() == 2 && lap.containsRecordedChannel(name) && lap.containsCalculatedChannel(name));
         QVERIFY(lap.channel(name) == recorded && lap.calculatedChannel(name) == calculated);
-        QCOMPARE(lap.getAvailableCalculatedChannels(), Names{name});
         lap.removeRecordedChannel(name);
         lap.removeRecordedChannel(name);
         QVERIFY(!lap.channel(name) && lap.calculatedChannel(name));
