@@ -236,7 +236,8 @@ private Q_SLOTS:
 
     void sidecar()
     {
-        files.write(u"run.ldx"_s, "<x><i Id='Event' Value='Race'/><i Id='CarSetup_Fuel' Value='20' Unit='l'/></x>");
+        files.write(u"run.ldx"_s, "<x><i Id='Event' Value='Race'/><i Id='Session' Value='Test'/>"
+                                  "<i Id='CarSetup_Fuel' Value='20' Unit='l'/><i Value='no name'/></x>");
         const Laps laps = import("\nlapdistpct\n\n\n98\n2\n", u"run.2024.csv"_s);
         QCOMPARE(laps.size(), 2);
         for (const auto &lap : laps) {

@@ -74,7 +74,9 @@ private Q_SLOTS:
     void headTextsReachEveryLap()
     {
         const std::pair<QByteArray, Session> sessions[]{
-            {"Race", Session::Race}, {"race", Session::UnknownSession}, {"", Session::UnknownSession}};
+            {"Race", Session::Race},       {"Offline testing", Session::TestSession}, {"Test", Session::TestSession},
+            {"Qualify", Session::Qualify}, {"Practice", Session::Practice},           {"Warmup", Session::Warmup},
+            {"", Session::UnknownSession}, {"race", Session::UnknownSession}};
         for (const auto &[word, session] : sessions) {
             LdHeadBlock head;
             LdWriter::setText(head.sessionText, word);
