@@ -204,48 +204,15 @@ private Q_SLOTS:
 
     void views_data()
     {
+        // A transcript: commands behind "$ ", each with what it prints.
         const Table<QByteArray, QByteArray> row("command", "expected");
-        row("laps", "@log.csv",
-            "Venue     Zürich\nVehicle   GT\nDriver    A. B.\nSession   Race\nSource    MoTeC\nChannels  4\n\n"
-            "Index  Lap  Kind         Time  Samples  Completed\n"
-            "    0    0  out lap  0:59.250        3  yes\n"
-            "    1    1  lap      1:32.500        3  yes        best\n"
-            "    2    2  lap             -        3  no\n");
-        row("odd laps", "+ @log.csv --lap 6",
-            "Venue     \uFFFD[2JN\uFFFDring\nVehicle   -\nDriver    -\nSession   Unknown session\nSource    -\n"
-            "Channels  4\n\n"
-            "Index  Lap  Kind  Time  Samples  Completed\n    6   46  -        -        6  yes\n");
-        row("laps of a binary log", "@binary.csv",
-            "Venue     Zürich\nVehicle   -\nDriver    -\nSession   Race\nSource    -\nChannels  5\n\n"
-            "Index  Lap  Kind         Time  Samples  Completed\n"
-            "    0    1  out lap  1:30.500        3  yes\n"
-            "    1    2  lap      1:32.500        3  yes        best\n"
-            "    2    3  lap             -        1  no\n");
-        row("values of a binary log", "--values speed,lapdistpct --lap 1 @binary.csv",
-            "speed,lapdistpct\n10,0.01\n11,0.5\n12,0.99\n");
-        row("setup of a binary log", "--setup @binary.csv", "Name  Value  Unit\nWing  P4\n");
-        row("channels of the best lap", "--channels @log.csv",
-            "Lap with index 1 (lap, number 1, time 1:32.500, best): 4 channels\n\n"
-            "Name            Unit  Samples  Valid  Minimum  Maximum\n"
-            "lapdistpct      pu          3      3     0.01     0.99\n"
-            "laplastlaptime  s           3      3    59.25    59.25\n"
-            "lapnumber       -           3      3        1        1\n"
-            "speed           km/h        3      3    10.25    12.25\n");
-        row("odd channels", "+ --channels @log.csv --lap 0",
-            "Lap with index 0 (out lap, number 40, time 1:20.000): 5 channels\n\n"
-            "Name   Unit  Samples  Valid  Minimum      Maximum\n"
-            "a,\"b\"  -           6      3        0          0.1\n"
-            "none   -           6      0        -            -\n"
-            "東     -           6      3     -inf  1.23457e+08\n"
-            "none   -           1      1        7            7  calculated\n"
-            "sum    -           1      1        8            8  calculated\n");
-        row("values", "--values=speed,lapdistpct --lap=2 @log.csv",
-            "speed,lapdistpct\n20.25,0.01\n21.25,0.5\n22.25,0.99\n");
-        row("odd values", "+ --values \"a,\"\"b\"\"\",東 --values sum @log.csv",
-            "\"a,\"\"b\"\"\",東,sum\n-0,-inf,8\n0.1,0.3333333333333333,\n,123456789,\n,,\n,,\n1e-07,,\n");
-        row("setup", "--setup @log.csv", "Name  Value  Unit\nTyre  soft\nWing  3.5    deg\n");
-        row("no setup", "--setup @nosetup.csv", "");
-        row("version", "--version", "orva-host 0.1.0\n");
+        QFile transcript(QStringLiteral(HOST_VIEWS));
+        QVERIFY(transcript.open(QIODevice::ReadOnly));
+        for (const QString &entry : QString::fromUtf8("\n" + transcript.readAll()).split(u"\n$ "_s).sliced(1)) {
+            const QByteArray command = entry.section(u'\n', 0, 0).toUtf8();
+            const QByteArray printed = entry.section(u'\n', 1).toUtf8();
+            row(command, command, printed.isEmpty() || printed.endsWith('\n') ? printed : printed + '\n');
+        }
     }
     void views()
     {
