@@ -285,7 +285,7 @@ private Q_SLOTS:
             channelCount += channels;
         }
         const auto fileSize = static_cast<long long>(names.size() + rows.size());
-        QVERIFY(samples < 8 * 1024 * 1024 + 5 * fileSize);
+        QVERIFY(samples < 8LL * 1024 * 1024 + 5 * fileSize);
         QVERIFY(channelCount <= 512 * 1024 + fileSize / 8 + 1);
     }
 
