@@ -5,6 +5,7 @@
 
 #include <QtCore/QDirIterator>
 
+#include <algorithm>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
@@ -57,7 +58,7 @@ int main(int argc, char **argv)
 {
     for (const char *locale : {"de_DE.UTF-8", "fr_FR.UTF-8", "nl_NL.UTF-8"}) // a host's may have a decimal comma
         std::setlocale(LC_NUMERIC, locale);                                  // NOLINT(concurrency-mt-unsafe)
-    std::signal(SIGABRT, tellInput);
+    std::signal(SIGABRT, tellInput); // NOLINT(bugprone-signal-handler): it is the end of the process anyway
     std::vector<std::string> seeds;
     for (int i = 2; i < argc; ++i) {
         QDirIterator files(QFile::decodeName(argv[i]), QDir::Files);
@@ -71,7 +72,7 @@ int main(int argc, char **argv)
     }
     std::sort(seeds.begin(), seeds.end()); // a folder lists its files in any order
     std::mt19937 random(1);
-    for (int count = seeds.empty() ? 0 : std::atoi(argv[1]); count > 0; --count)
+    for (int count = seeds.empty() ? 0 : QByteArray(argv[1]).toInt(); count > 0; --count)
         run(mixOf(seeds, random));
     return seeds.empty() ? EXIT_FAILURE : EXIT_SUCCESS;
 }

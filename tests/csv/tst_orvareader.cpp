@@ -286,7 +286,7 @@ private Q_SLOTS:
         }
         const auto fileSize = static_cast<long long>(names.size() + rows.size());
         QVERIFY(samples < 8LL * 1024 * 1024 + 5 * fileSize);
-        QVERIFY(channelCount <= 512 * 1024 + fileSize / 8 + 1);
+        QVERIFY(channelCount <= 512LL * 1024 + fileSize / 8 + 1);
     }
 
     void oneReaderTwice()

@@ -60,7 +60,7 @@ private Q_SLOTS:
         row("begins on a ramp", {1.5F, 2, 2, 2, 2}, {{{}, 1}, {{1.5}, 1}, {{2, 2, 2}, 2}});
         row("negative", {-1.5F, -1.5F, -1, -.5F, 0, 0}, {{{-1.5, -1.5, -1}, -1}, {{-.5, 0}, 0}});
         row("beyond 32 bits", {-1e10F, -1e10F, 0, 1e10F, 1e10F}, {{{-1e10, -1e10}, least}, {{0}, 0}, {{1e10}, most}});
-        row("infinity", {0, 0, infinity, -infinity, 3}, {{{0, 0}, 0}, {{none, -infinity}, most}});
+        row("infinity", {0, 0, infinity, -infinity, 3}, {{{0, 0}, 0}, {{none, -double{infinity}}, most}});
         row("NaN", {notANumber, 0, 0, 1, 1}, {{{none, 0, 0}, 0}, {{1}, 1}});
     }
     void counters()
