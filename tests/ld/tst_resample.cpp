@@ -38,7 +38,7 @@ private Q_SLOTS:
                                                            "tail"); // of the ramp 0, 1, ...
         row("one more than exact", 100, 100, 61, {96.666664F, 98.33333F, 99});
         row("position rounds up", 45, 100, 28, {44});
-        row("several blocks", 20000, 30, 40000, {19999, 19999});
+        row("several blocks", 20000, 30, 40000, {19998, 19998.5F, 19999, 19999});
         row("highest rate", 65535, 65535, 60, {});
     }
     void lengths()
