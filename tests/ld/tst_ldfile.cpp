@@ -145,6 +145,7 @@ private Q_SLOTS:
     {
         const Table<Offsets, quint32, int> row("offsets", "next", "records"); // the last of the records leads to "next"
         row("none", {}, 0, 0);
+        row("within the head", {1000}, 0, 1);
         row("backwards", {3000, 2000}, 0, 2);
         row("onto itself", {2000}, 2000, 1);
         row("onto the first", {2000, 3000, 4000}, 2000, 3);

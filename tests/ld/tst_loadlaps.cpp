@@ -123,9 +123,9 @@ private Q_SLOTS:
         std::vector<Channel> channels;
         // Values by a function of their index, for the whole length of the log.
         const auto add = [&channels](const QByteArray &name, const QByteArray &unit, int rate, auto valueAt) {
-            std::vector<qint16> values;
+            std::vector<qint16> values(static_cast<std::size_t>(seconds * rate));
             for (int i = 0; i < seconds * rate; ++i)
-                values.push_back(static_cast<qint16>(valueAt(i)));
+                values[static_cast<std::size_t>(i)] = static_cast<qint16>(valueAt(i));
             channels.push_back(channel(name, values, unit, static_cast<quint16>(rate), 2));
         };
         for (const int rate : {1, 10, 20, 50, 60, 100, 360, 500, 1000}) {
@@ -182,7 +182,7 @@ private Q_SLOTS:
         row("the same bytes for all", mebibyte, 500000, 60, false);
         row("one per second", mebibyte, 600000, 1, false);
         row("two long channels at one per second", mebibyte, 340000, 1, false);
-        row("highest rate", mebibyte, 40 << 20, 65535, false);
+        row("highest rate", mebibyte, 40U << 20, 65535, false);
         row("short channels", mebibyte, 10, 60, false);
         row("a lap of every sample", mebibyte, 32000, 60, true);
         row("ramps of laps", mebibyte, 3000, 1, true);
@@ -203,7 +203,7 @@ private Q_SLOTS:
         qInfo("%ld ms, %ld KiB at most so far", used * 1000 / CLOCKS_PER_SEC, usage.ru_maxrss);
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
         QVERIFY(used < 2 * CLOCKS_PER_SEC);
-        QVERIFY(usage.ru_maxrss < 512 * 1024);
+        QVERIFY(usage.ru_maxrss < 512L * 1024);
 #endif
     }
 
