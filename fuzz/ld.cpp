@@ -3,13 +3,14 @@
 #include "ld/loadlaps.h"
 
 #include "fuzz.h"
+#include "tests/promises.h"
 
-using KOV::SDK::Lap;
+using Testing::Laps;
 
 namespace {
 
 // As many laps as cuts: the counter is above the number of its lap nowhere but where the lap begins.
-void requireCuts(const QList<QSharedPointer<Lap>> &laps)
+void requireCuts(const Laps &laps)
 {
     for (qsizetype i = 0; i < laps.size(); ++i) {
         const auto counter = laps[i]->channel(QStringLiteral("lap"));
@@ -29,7 +30,7 @@ void requireCuts(const QList<QSharedPointer<Lap>> &laps)
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const auto laps = loadLaps(Fuzz::write(QStringLiteral("log.ld"), Fuzz::bytesOf(data, size)));
-    Fuzz::requireSoundLaps(laps);
+    Fuzz::require(Testing::areSound(laps));
     requireCuts(laps);
     return 0;
 }

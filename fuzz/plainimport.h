@@ -83,8 +83,7 @@ private:
     {
         laps.append(QSharedPointer<Lap>::create(lap));
         lap.clear();
-        lap.header().lapNumber =
-            KOV::SDK::wholeNumber(sample.dynamicData.value(QStringLiteral("lapnumber")));
+        lap.header().lapNumber = KOV::SDK::wholeNumber(sample.dynamicData.value(QStringLiteral("lapnumber")));
     }
 
     void setLapTimes()

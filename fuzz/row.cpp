@@ -3,6 +3,7 @@
 #include "csv/csvrow.h"
 
 #include "fuzz.h"
+#include "tests/promises.h"
 
 #include <QtCore/QBuffer>
 
@@ -23,9 +24,9 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         const std::size_t count = Csv::readRow(lines, quick);
         Fuzz::require(count == Csv::readRowPlainly(lines.text(), plain) && count <= quick.size());
         const auto &bytes = lines.bytes();
-        Fuzz::require(!bytes || !Fuzz::isAscii(*bytes) || Csv::isEmptyRow(*bytes) == (count == 0));
+        Fuzz::require(!bytes || !Testing::isAscii(*bytes) || Csv::isEmptyRow(*bytes) == (count == 0));
         Fuzz::require(std::equal(quick.begin(), quick.begin() + static_cast<std::ptrdiff_t>(count), plain.begin(),
-                                 Fuzz::sameBits));
+                                 Testing::sameBits));
     }
     return 0;
 }

@@ -5,6 +5,7 @@
 #include "sdk/sample.h"
 
 #include "fuzz.h"
+#include "tests/promises.h"
 
 #include <QtCore/QDataStream>
 
@@ -14,17 +15,15 @@ namespace {
 
 void requireSame(const CarInfo &a, const CarInfo &b)
 {
-    Fuzz::require(a.carId == b.carId && a.sourceName == b.sourceName && a.pluginName == b.pluginName &&
-                  a.carName == b.carName && a.className == b.className && a.driverName == b.driverName &&
-                  a.teamName == b.teamName && a.status == b.status && a.detailedTelemetry == b.detailedTelemetry);
+    Fuzz::require(Testing::membersOf(a) == Testing::membersOf(b));
 }
 
 void requireSame(const LivePluginInfo &a, const LivePluginInfo &b)
 {
-    Fuzz::require(a.streamFirstName == b.streamFirstName && a.streamSecondName == b.streamSecondName &&
-                  a.cars.size() == b.cars.size());
-    for (qsizetype i = 0; i < a.cars.size(); ++i)
-        requireSame(a.cars[i], b.cars[i]);
+    Fuzz::require(
+        a.streamFirstName == b.streamFirstName && a.streamSecondName == b.streamSecondName &&
+        std::equal(a.cars.begin(), a.cars.end(), b.cars.begin(), b.cars.end(),
+                   [](const auto &x, const auto &y) { return Testing::membersOf(x) == Testing::membersOf(y); }));
 }
 
 template <typename Type>

@@ -1,20 +1,21 @@
 #pragma once
 
-// What several tests need: comparison of doubles by their bits, and files for the length of a test.
+// What several tests need: tables of rows, comparison of samples by their bits, and files for the length of a test.
 
+#include "promises.h"
 #include "sdk/channel.h"
-#include "sdk/lap.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QFile>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QTest>
 
-#include <bit>
 #include <span>
 #include <vector>
 
 namespace Testing {
+
+using namespace Qt::StringLiterals;
 
 /// Whether a sanitizer keeps books on memory, which then says nothing about ours.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -25,13 +26,20 @@ constexpr bool isSanitized = __has_feature(address_sanitizer) || __has_feature(t
 constexpr bool isSanitized = false;
 #endif
 
-/// QCOMPARE on doubles is approximate and finds two NaNs different; this is neither.
-inline bool sameBits(double a, double b)
+/// The columns of a data-driven test. It is called for each row, with the row's name and cells.
+template <typename... Cells>
+class Table
 {
-    return std::bit_cast<quint64>(a) == std::bit_cast<quint64>(b);
-}
+public:
+    template <typename... Names>
+    explicit Table(Names... names)
+    {
+        (QTest::addColumn<Cells>(names), ...);
+    }
+    void operator()(const char *name, const Cells &...cells) const { (QTest::newRow(name) << ... << cells); }
+};
 
-/// Whether @p channel holds exactly @p expected, bit by bit; says in the log where it does not.
+/// Whether @p actual is @p expected, bit by bit; says in the log where it is not.
 inline bool sameSamples(std::span<const double> actual, const std::vector<double> &expected)
 {
     bool same = actual.size() == expected.size();

@@ -19,29 +19,22 @@ int main(int argumentCount, char **arguments)
     if (!plugin || argumentCount != 2)
         return std::fprintf(stderr, "cannot load: %s\n", qPrintable(loader.errorString())), 1;
 
-    DataEmitter *emitter = plugin->dataEmitter();
     int messages = 0;
+    const auto print = [&messages](const QString &text, int level) {
+        ++messages;
+        std::printf("%d %s\n", level, qPrintable(text));
+    };
     int others = 0;
-    const auto other = [&others] { ++others; };
-    const QMetaObject::Connection connections[]{
-        QObject::connect(emitter, &DataEmitter::sendConnected, other),
-        QObject::connect(emitter, &DataEmitter::sendDisconnected, other),
-        QObject::connect(emitter, &DataEmitter::sendNotConnected, other),
-        QObject::connect(emitter, &DataEmitter::sendConnectivityAvailable, other),
-        QObject::connect(emitter, &DataEmitter::sendTelemetryLap, other),
-        QObject::connect(emitter, &DataEmitter::sendTelemetryLapHeader, other),
-        QObject::connect(emitter, &DataEmitter::sendCarListChanged, other),
-        QObject::connect(emitter, &DataEmitter::sendSample, other),
-        QObject::connect(emitter, &DataEmitter::sendSessionInfo, other),
-        QObject::connect(emitter, &DataEmitter::sendProgress, other),
-        QObject::connect(emitter, &DataEmitter::sendMessage, [&messages](const QString &text, int level) {
-            ++messages;
-            std::printf("%d %s\n", level, qPrintable(text));
-        })};
-    for (const QMetaObject::Connection &connection : connections) {
-        if (!connection)
-            return std::fprintf(stderr, "a signal cannot be connected\n"), 1;
-    }
+    DataEmitter *emitter = plugin->dataEmitter();
+    const auto count = [emitter, &others](auto signal) {
+        return static_cast<bool>(QObject::connect(emitter, signal, [&others] { ++others; }));
+    };
+    if (!QObject::connect(emitter, &DataEmitter::sendMessage, print) || !count(&DataEmitter::sendConnected) ||
+        !count(&DataEmitter::sendDisconnected) || !count(&DataEmitter::sendNotConnected) ||
+        !count(&DataEmitter::sendConnectivityAvailable) || !count(&DataEmitter::sendTelemetryLap) ||
+        !count(&DataEmitter::sendTelemetryLapHeader) || !count(&DataEmitter::sendCarListChanged) ||
+        !count(&DataEmitter::sendSample) || !count(&DataEmitter::sendSessionInfo) || !count(&DataEmitter::sendProgress))
+        return std::fprintf(stderr, "a signal cannot be connected\n"), 1;
 
     const QString format = plugin->availableImportFormats().constFirst();
     const QList<QSharedPointer<Lap>> laps = plugin->import(QString::fromLocal8Bit(arguments[1]), format, {});

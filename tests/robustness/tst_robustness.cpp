@@ -106,6 +106,8 @@ private Q_SLOTS:
     void readError();
     void costOfText_data();
     void costOfText();
+    void costOfSparseText();
+    void farColumns();
     void costOfSidecar_data();
     void costOfSidecar();
     void costOfSparseLog();
@@ -190,6 +192,20 @@ void TestRobustness::growsAndShrinks()
         QVERIFY(file.resize(mebibyte));
         QCOMPARE(readLdChannels(stream, headers).size(), 2U);
     }
+
+    const QByteArray row = "12345\n";
+    QFile file(files.write(u"shrinks.csv"_s, row.repeated(mebibyte)));
+    QVERIFY(file.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
+    LineReader lines(&file);
+    QVERIFY(lines.next() && file.resize(4096));
+    qsizetype count = 1;
+    while (lines.next())
+        ++count;
+    QVERIFY(count > 1 && count < mebibyte);
+    QVERIFY(file.resize(mebibyte)); // with NULs behind
+    while (lines.next())
+        ++count;
+    QVERIFY(count < mebibyte);
 }
 
 // A read error counts as the end of a text; a channel of a binary log keeps its length.
@@ -241,6 +257,8 @@ void TestRobustness::costOfText_data()
     addRow("data row of 100 MiB of commas", preamble + QByteArray(longLine, ','), 1, base, 3);
     addRow("data row of 32 MiB of digits", preamble + QByteArray(32 * mebibyte, '1'), 1, base, 8);
     addRow("data row of quotes", preamble + QByteArray(9 * mebibyte + 1, '"'), 1, base, 8);
+    addRow("runs of digits behind a quote", preamble + ("\"" + QByteArray(4600, '1') + "x,").repeated(1000), 1, base,
+           8);
     addRow("empty rows", preamble + QByteArray(10 * mebibyte, '\n'), 1, base, 0);
 
     constexpr int columnCount = 100000;
@@ -276,6 +294,30 @@ void TestRobustness::costOfText()
     }
     qInfo("%lld ms", static_cast<long long>((std::clock() - begin) * 1000 / CLOCKS_PER_SEC));
     QVERIFY(Testing::isSanitized || std::clock() - begin < 10 * CLOCKS_PER_SEC);
+}
+
+// A file that claims to be long: neither its rows nor its last line may be taken at its word.
+void TestRobustness::costOfSparseText()
+{
+    QFile file(files.write(u"sparse.csv"_s, "\nLap Dist Pct\n\n\n1\n2\n"));
+    QVERIFY(file.open(QIODevice::ReadWrite) && file.resize(qint64{64} << 30));
+    const std::clock_t begin = std::clock();
+    {
+        const MemoryLimit limit(2048 * mebibyte);
+        const Laps laps = importCsv(file.fileName());
+        QCOMPARE(laps.size(), 1);
+        QCOMPARE(laps[0]->size(), 2);
+    }
+    QVERIFY(Testing::isSanitized || std::clock() - begin < 10 * CLOCKS_PER_SEC);
+}
+
+void TestRobustness::farColumns()
+{
+    const QByteArray commas(1 << 20, ',');
+    const QByteArray text = "\nLap Dist Pct" + commas.first(commas.size() - 1) + "a," + "b\n\n\n1" + commas + "2\n";
+    const Laps laps = importCsv(files.write(u"far.csv"_s, text));
+    QCOMPARE(laps.size(), 1);
+    QCOMPARE(laps[0]->getAvailableRecordedChannels(), (QStringList{QString(), u"a"_s, u"lapdistpct"_s}));
 }
 
 void TestRobustness::costOfSidecar_data()
