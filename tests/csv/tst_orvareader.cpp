@@ -262,6 +262,31 @@ private Q_SLOTS:
         QVERIFY(laps[0]->isEmpty());
     }
 
+    void lapNumbers()
+    {
+        const QList<QByteArray> written{"2147483647", "-2147483648", "8.6", "-0.4", "3e9", "1e30", "-inf", "nan", "x"};
+        QByteArray rows = "90,0\n";
+        for (const QByteArray &number : written)
+            rows += "2," + number + "\n99,0\n";
+        const Laps laps = importRows("Lap Dist Pct,Lap Number", rows);
+        QCOMPARE(laps.size(), written.size() + 1);
+        for (qsizetype i = 0; i < written.size(); ++i) {
+            const double number = written[i].toDouble();
+            QCOMPARE(laps[i + 1]->header().lapNumber, std::abs(number) < 1e18 ? QVariant(number).toInt() : 0);
+        }
+    }
+
+    void roomOfFinishedLaps()
+    {
+        QByteArray rows;
+        for (const int count : {1000, 100, 3000, 2})
+            rows += "99,1\n"_ba + "0,1\n"_ba.repeated(count);
+        for (const auto &lap : importRows("lapdistpct,x", rows).sliced(1)) {
+            const auto channel = lap->channel(u"x"_s);
+            QVERIFY(channel->capacity() <= channel->size() + channel->size() / 16);
+        }
+    }
+
     void hostileShapes_data()
     {
         const Table<QByteArray> row("rows");
