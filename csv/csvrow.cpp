@@ -87,13 +87,17 @@ Q_ALWAYS_INLINE const char *readShortField(const char *at, double *value)
     const auto length = static_cast<unsigned>(std::countr_zero(quotes)) / 8;
     if (at[length + 2] != ',' || length == 0)
         return nullptr;
-    const bool startsWithNumber = (word & 0xFF) != ',' && (word & 0xFFFF) != ('-' | ',' << 8);
-    if (!startsWithNumber || !wordDecimal(word, length, ',', value)) {
-        if (!wordDecimal(word, length, '.', value))
-            return nullptr;
+    const auto contains = [word, length](char c) {
+        const quint64 hits = bytesEqual(word, c);
+        return hits != 0 && static_cast<unsigned>(std::countr_zero(hits)) / 8 < length;
+    };
+    constexpr quint64 beyondAscii = 0x8080808080808080;
+    if (contains('.') && !contains(',') && (word & beyondAscii) == 0) {
         *value = 0.0; // a point is no decimal sign in quotes
+        return at + length + 2;
     }
-    return at + length + 2;
+    const bool startsWithNumber = (word & 0xFF) != ',' && (word & 0xFFFF) != ('-' | ',' << 8);
+    return startsWithNumber && wordDecimal(word, length, ',', value) ? at + length + 2 : nullptr;
 }
 
 // As many fields as readRow promises, or 0 when the row has to go the plain way.
