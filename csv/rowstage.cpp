@@ -68,6 +68,8 @@ void RowStage::commit(std::size_t fieldCount, double derivedValue)
 
 void RowStage::flush()
 {
+    if (rowCount == 0)
+        return;
     for (const Target &target : targets) {
         const double *source = values.data() + target.column;
         for (std::size_t i = 0; i < rowCount; ++i, source += stride)
