@@ -8,7 +8,7 @@ namespace {
 
 // More rows at once store faster, as long as all of them stay in the processor's cache.
 constexpr std::size_t mostRows = 64;
-constexpr std::size_t valuesInCache = std::size_t{16} * 1024;
+constexpr std::size_t valuesInCache = std::size_t{64} * 1024;
 
 } // namespace
 
