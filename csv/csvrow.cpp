@@ -64,12 +64,28 @@ const char *endOfField(const char *at, const char *end)
     return at;
 }
 
-// The usual fields: up to seven characters, in quotes or not, with more of the row behind them. Stores the number and
-// returns the comma behind the field; null for any other field.
-Q_ALWAYS_INLINE const char *readShortField(const char *at, double *value)
+constexpr std::ptrdiff_t shortFieldReach = 10; // bytes that readShortField looks at
+
+// Loads the word at `at` of a row that ends at `end`. Near the end, commas take the place of what stands behind it.
+template <bool isNearEnd>
+Q_ALWAYS_INLINE quint64 loadRowWord(const char *at, const char *end)
 {
-    if (*at != quote) {
-        const quint64 word = loadWord(at);
+    const quint64 word = loadWord(at);
+    const auto left = static_cast<unsigned>(end - at);
+    if (!isNearEnd || left >= sizeof word)
+        return word;
+    constexpr quint64 commas = ',' * quint64(0x0101010101010101);
+    const quint64 behind = ~quint64(0) << 8 * left;
+    return (word & ~behind) | (commas & behind);
+}
+
+// The usual fields: up to seven characters, in quotes or not. Stores the number and returns the end of the field; null
+// for any other field. Where fewer than shortFieldReach bytes of the row are left, isNearEnd has to be true.
+template <bool isNearEnd>
+Q_ALWAYS_INLINE const char *readShortField(const char *at, const char *end, double *value)
+{
+    if ((isNearEnd && at == end) || *at != quote) {
+        const quint64 word = loadRowWord<isNearEnd>(at, end);
         const quint64 commas = bytesEqual(word, ',');
         if (commas == 0)
             return nullptr;
@@ -80,12 +96,13 @@ Q_ALWAYS_INLINE const char *readShortField(const char *at, double *value)
             return nullptr;
         return at + length;
     }
-    const quint64 word = loadWord(at + 1);
+    const quint64 word = loadRowWord<isNearEnd>(at + 1, end);
     const quint64 quotes = bytesEqual(word, quote);
     if (quotes == 0)
         return nullptr;
     const auto length = static_cast<unsigned>(std::countr_zero(quotes)) / 8;
-    if (at[length + 2] != ',' || length == 0)
+    const char *const fieldEnd = at + length + 2;
+    if (length == 0 || (*fieldEnd != ',' && !(isNearEnd && fieldEnd == end)))
         return nullptr;
     const auto contains = [word, length](char c) {
         const quint64 hits = bytesEqual(word, c);
@@ -94,20 +111,20 @@ Q_ALWAYS_INLINE const char *readShortField(const char *at, double *value)
     constexpr quint64 beyondAscii = 0x8080808080808080;
     if (contains('.') && !contains(',') && (word & beyondAscii) == 0) {
         *value = 0.0; // a point is no decimal sign in quotes
-        return at + length + 2;
+        return fieldEnd;
     }
     const bool startsWithNumber = (word & 0xFF) != ',' && (word & 0xFFFF) != ('-' | ',' << 8);
-    return startsWithNumber && wordDecimal(word, length, ',', value) ? at + length + 2 : nullptr;
+    return startsWithNumber && wordDecimal(word, length, ',', value) ? fieldEnd : nullptr;
 }
 
 // As many fields as readRow promises, or 0 when the row has to go the plain way.
 std::size_t readRowQuickly(std::string_view line, std::span<double> values)
 {
-    constexpr std::ptrdiff_t shortFieldReach = 10; // bytes that readShortField looks at
     const char *at = line.data();
     const char *const end = at + line.size();
     for (std::size_t count = 0;;) {
-        const char *fieldEnd = end - at >= shortFieldReach ? readShortField(at, &values[count]) : nullptr;
+        const char *fieldEnd = end - at >= shortFieldReach ? readShortField<false>(at, end, &values[count])
+                                                           : readShortField<true>(at, end, &values[count]);
         if (!fieldEnd) {
             fieldEnd = endOfField(at, end);
             if (!readField({at, static_cast<std::size_t>(fieldEnd - at)}, &values[count]))
