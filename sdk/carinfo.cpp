@@ -174,7 +174,6 @@ QVariant readValue(QDataStream &stream, int depth = 0)
     case QMetaType::QChar:
     case QMetaType::QString:
     case QMetaType::QByteArray:
-    case QMetaType::QBitArray:
     case QMetaType::QRegularExpression:
     case QMetaType::QDate:
     case QMetaType::QTime:

@@ -40,8 +40,8 @@ ORVA_EXPORT QDataStream &operator<<(QDataStream &stream, const CarInfo &car);
 ///
 /// Reads Qt Core's plain types, texts, times without a zone and shapes, and lists and maps of these up to 32 deep. Any
 /// other type of a value is an error, ReadCorruptData: Qt's readers of some reserve memory for whatever count the
-/// stream claims, or open files that it names. Of streams from before Qt 4, texts, bool and int alone are read. What
-/// operator<< writes reads back in every version.
+/// stream claims, write where it says, or open files that it names. Of streams from before Qt 4, texts, bool and int
+/// alone are read. What operator<< writes reads back in every version.
 ORVA_EXPORT QDataStream &operator>>(QDataStream &stream, CarInfo &car);
 
 } // namespace KOV::SDK
