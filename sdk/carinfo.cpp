@@ -78,17 +78,17 @@ QVariant readDateTime(QDataStream &stream)
     }
     QDate date;
     QTime time;
-    qint8 spec = 0;
-    stream >> date >> time >> spec;
+    qint8 kind = 0;
+    stream >> date >> time >> kind;
     QByteArray bytes;
     QDataStream form(&bytes, QIODevice::ReadWrite);
-    form << date << time << spec;
-    if (spec == Qt::OffsetFromUTC) {
+    form << date << time << kind;
+    if (kind == Qt::OffsetFromUTC) {
         qint32 offset = 0;
         stream >> offset;
         form << offset;
     }
-    if (spec < Qt::LocalTime || spec > Qt::OffsetFromUTC) {
+    if (kind < Qt::LocalTime || kind > Qt::OffsetFromUTC) {
         stream.setStatus(QDataStream::ReadCorruptData);
         return {};
     }
