@@ -15,7 +15,6 @@
 #include <QtCore/QUuid>
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
 #include <span>
 #include <utility>
