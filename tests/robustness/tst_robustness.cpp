@@ -10,8 +10,6 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-#include <ctime>
-
 using KOV::SDK::Lap;
 using namespace Qt::StringLiterals;
 using Laps = QList<QSharedPointer<Lap>>;
@@ -287,13 +285,10 @@ void TestRobustness::costOfText()
     const QString path = files.write(u"cost.csv"_s, text);
     const qint64 size = text.size();
     text.clear();
-    const std::clock_t begin = std::clock();
     {
         const MemoryLimit limit(mebibytes * mebibyte + bytesPerByte * size);
         QTEST(importCsv(path).size(), "lapCount");
     }
-    qInfo("%lld ms", static_cast<long long>((std::clock() - begin) * 1000 / CLOCKS_PER_SEC));
-    QVERIFY(Testing::isSanitized || std::clock() - begin < 10 * CLOCKS_PER_SEC);
 }
 
 // A file that claims to be long: neither its rows nor its last line may be taken at its word.
@@ -301,14 +296,12 @@ void TestRobustness::costOfSparseText()
 {
     QFile file(files.write(u"sparse.csv"_s, "\nLap Dist Pct\n\n\n1\n2\n"));
     QVERIFY(file.open(QIODevice::ReadWrite) && file.resize(qint64{64} << 30));
-    const std::clock_t begin = std::clock();
     {
         const MemoryLimit limit(2048 * mebibyte);
         const Laps laps = importCsv(file.fileName());
         QCOMPARE(laps.size(), 1);
         QCOMPARE(laps[0]->size(), 2);
     }
-    QVERIFY(Testing::isSanitized || std::clock() - begin < 10 * CLOCKS_PER_SEC);
 }
 
 void TestRobustness::farColumns()
@@ -351,7 +344,6 @@ void TestRobustness::costOfSidecar()
     const QString path = files.write(u"cost.ldx"_s, sidecar);
     const QString log = files.write(u"cost.csv"_s, "\nLap Dist Pct\n\n\n" + QByteArray("99\n0\n").repeated(100000));
     sidecar.clear();
-    const std::clock_t begin = std::clock();
     {
         const MemoryLimit limit(384 * mebibyte);
         QCOMPARE(loadSession(path), KOV::SDK::Session::UnknownSession);
@@ -359,8 +351,6 @@ void TestRobustness::costOfSidecar()
         QVERIFY(!importCsv(log).isEmpty());
     }
     QFile::remove(path);
-    qInfo("%lld ms", static_cast<long long>((std::clock() - begin) * 1000 / CLOCKS_PER_SEC));
-    QVERIFY(Testing::isSanitized || std::clock() - begin < 10 * CLOCKS_PER_SEC);
 }
 
 void TestRobustness::costOfSparseLog()

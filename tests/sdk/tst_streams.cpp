@@ -7,7 +7,6 @@
 
 #include <QtCore/QDataStream>
 #include <QtCore/QDateTime>
-#include <QtCore/QElapsedTimer>
 #include <QtCore/QMap>
 #include <QtCore/QPoint>
 #include <QtCore/QRegularExpression>
@@ -293,8 +292,6 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, value);
         QFETCH(Status, status);
-        QElapsedTimer timer;
-        timer.start();
         // The entry before it is sound, and lost with the rest of its map; so are the cars behind.
         const QByteArray map = streamed(huge, u"carId"_s, QVariant(u"sound"_s), u"further"_s) + value;
         CarInfo car = filledCar(u"former "_s);
@@ -305,7 +302,6 @@ private Q_SLOTS:
         QCOMPARE(readInto(info, streamed(QString(), QString(), std::numeric_limits<int>::max(), CarInfo()) + map),
                  status);
         QCOMPARE(info.cars.size(), 1);
-        QVERIFY(timer.elapsed() < 5000);
     }
 
     void emptyCarsAreCheap()
