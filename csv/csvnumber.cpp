@@ -3,7 +3,6 @@
 #include <QtCore/QString>
 
 #include <algorithm>
-#include <optional>
 
 namespace Csv {
 
@@ -15,8 +14,9 @@ constexpr int exactDigits = 15;
 constexpr std::array exactPowersOfTen{1.0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                       1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
-// `-?digits[.digits][e[+-]digits]` with few enough digits; nothing for any other text.
-std::optional<double> shortDecimal(std::string_view text)
+} // namespace
+
+bool exactDecimal(std::string_view text, double *value)
 {
     const char *at = text.data();
     const char *const end = at + text.size();
@@ -38,7 +38,7 @@ std::optional<double> shortDecimal(std::string_view text)
         exponent = static_cast<int>(fraction - at);
     }
     if (digits == 0 || digits > exactDigits)
-        return std::nullopt;
+        return false;
 
     if (at != end && (*at == 'e' || *at == 'E')) {
         ++at;
@@ -46,7 +46,7 @@ std::optional<double> shortDecimal(std::string_view text)
         if (at != end && (*at == '-' || *at == '+'))
             ++at;
         if (end - at < 1 || end - at > 3)
-            return std::nullopt;
+            return false;
         int written = 0;
         for (; at != end && isDigit(*at); ++at)
             written = written * 10 + (*at - '0');
@@ -54,22 +54,22 @@ std::optional<double> shortDecimal(std::string_view text)
     }
     constexpr auto largestPower = static_cast<int>(exactPowersOfTen.size()) - 1;
     if (at != end || exponent < -largestPower || exponent > largestPower)
-        return std::nullopt;
+        return false;
 
-    auto value = static_cast<double>(integer);
+    auto magnitude = static_cast<double>(integer);
     if (exponent < 0)
-        value /= exactPowersOfTen[static_cast<std::size_t>(-exponent)];
+        magnitude /= exactPowersOfTen[static_cast<std::size_t>(-exponent)];
     else
-        value *= exactPowersOfTen[static_cast<std::size_t>(exponent)];
-    return isNegative ? -value : value;
+        magnitude *= exactPowersOfTen[static_cast<std::size_t>(exponent)];
+    *value = isNegative ? -magnitude : magnitude;
+    return true;
 }
-
-} // namespace
 
 double toDouble(std::string_view text)
 {
-    if (const std::optional<double> value = shortDecimal(text))
-        return *value;
+    double value = 0.0;
+    if (exactDecimal(text, &value))
+        return value;
     constexpr std::size_t roomOnStack = 64;
     if (text.size() > roomOnStack)
         return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size())).toDouble();

@@ -12,16 +12,23 @@
 
 namespace Csv {
 
+/// Whether @p text is `-?digits[.digits][e[+-]digits]` with few enough digits to be exact in one step; stores the value
+/// then, and leaves @p value alone for any other text. Thread-safe.
+bool exactDecimal(std::string_view text, double *value);
+
 /// What QString::toDouble gives for @p text, which is ASCII: 0.0 for what is no number. Thread-safe; allocates for
 /// texts of more than 64 characters only.
 double toDouble(std::string_view text);
+
+/// Texts are converted in words of eight bytes, the first byte of the text in the lowest one.
+constexpr quint64 everyByte = 0x0101010101010101;
+constexpr quint64 highBits = 0x80 * everyByte;
 
 inline bool isDigit(char c)
 {
     return c >= '0' && c <= '9';
 }
 
-/// Texts are converted in words of eight bytes, the first byte of the text in the lowest one.
 inline quint64 loadWord(const char *text)
 {
     quint64 word = 0;
@@ -33,54 +40,80 @@ inline quint64 loadWord(const char *text)
 /// not be.
 inline quint64 bytesEqual(quint64 word, char c)
 {
-    constexpr quint64 everyByte = 0x0101010101010101;
     const quint64 difference = word ^ (static_cast<quint64>(static_cast<unsigned char>(c)) * everyByte);
-    return (difference - everyByte) & ~difference & (0x80 * everyByte);
+    return (difference - everyByte) & ~difference & highBits;
 }
 
-/// Whether the lowest @p length bytes of @p word, 1 to 8, are `-?digits[S digits]` with S = @p decimalSign and at least
-/// one digit; stores the value then, and leaves @p value alone for any other text.
+/// Marks the bytes of @p word that are at most @p c, which is ASCII, and those above 0x80 + @p c. Again the lowest mark
+/// is right.
+inline quint64 bytesUpTo(quint64 word, char c)
+{
+    return (static_cast<quint64>(0x80 + c) * everyByte - word) & highBits;
+}
+
+/// Marks the bytes of @p word that are above 9. Again the lowest mark is right.
+inline quint64 bytesAboveNine(quint64 word)
+{
+    return ((word + 0x76 * everyByte) | word) & highBits;
+}
+
+/// The place of the lowest mark, 0 for the lowest byte; 8 where there is none.
+inline unsigned lowestMark(quint64 marks)
+{
+    return marks == 0 ? sizeof marks : static_cast<unsigned>(std::countr_zero(marks)) / 8;
+}
+
+/// What to do with a word whose decimal sign stands at one place of it.
+struct DecimalPlace
+{
+    quint64 above;                  // the bytes behind the sign
+    quint64 below;                  // and in front of it
+    std::array<double, 2> divisors; // the power of ten; the number's sign comes with it, which costs nothing
+};
+
+constexpr std::array<DecimalPlace, 9> decimalPlaces = [] {
+    std::array<DecimalPlace, 9> places{};
+    double power = 1.0;
+    places[8] = {~quint64(0), 0, {1.0, -1.0}}; // no sign at all
+    places[7] = places[8];                     // the last byte is kept, and so is no digit
+    for (unsigned place = 7; place-- > 0;) {
+        power *= 10.0;
+        places[place] = {~quint64(0) << 8 * (place + 1), (quint64(1) << 8 * place) - 1, {power, -power}};
+    }
+    return places;
+}();
+
+/// Whether the @p length characters in front of @p end, 1 to 8, are digits, with @p decimalSign in front of or between
+/// them or without; stores the value then, negated if @p isNegative, and leaves @p value alone for any other text.
+/// Eight bytes in front of @p end are read, whatever the length.
 ///
 /// Eight digits and a power of ten up to 10^7 are exact in a double, so one division rounds once, like any correct
 /// conversion. The result is no std::optional: that would travel through memory, at twice the cost of the conversion.
-Q_ALWAYS_INLINE bool wordDecimal(quint64 word, unsigned length, char decimalSign, double *value)
+Q_ALWAYS_INLINE bool shortDecimalBefore(const char *end, std::size_t length, bool isNegative, char decimalSign,
+                                        double *value)
 {
-    // The sign comes with the divisor, which costs nothing.
-    static constexpr std::array powersOfTen{1.0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                            -1.0, -1e1, -1e2, -1e3, -1e4, -1e5, -1e6, -1e7};
-    constexpr quint64 everyByte = 0x0101010101010101;
-    constexpr quint64 zeroDigits = '0' * everyByte;
-    constexpr unsigned wordBits = 64;
+    constexpr quint64 all = ~quint64(0);
+    static constexpr std::array<quint64, 9> highBytes{0,         all << 56, all << 48, all << 40, all << 32,
+                                                      all << 24, all << 16, all << 8,  all};
+    const char *const begin = end - sizeof(quint64);
 
-    const quint64 isNegative = (word & 0xFF) == '-' ? 1 : 0;
-    word >>= 8 * isNegative;
-    const unsigned unused = wordBits - 8 * (length - static_cast<unsigned>(isNegative));
-    if (unused == wordBits)
-        return false;
-    // The text moves to the top of the word, with digits of zero below it.
-    word = word << unused | (zeroDigits & ~(~quint64(0) << unused));
-
-    // Closes the gap of the decimal sign.
-    std::size_t fractionDigits = 0;
-    if (const quint64 hits = bytesEqual(word, decimalSign)) {
-        const unsigned position = static_cast<unsigned>(std::countr_zero(hits)) & ~7U;
-        if (unused == wordBits - 8)
+    // Digits become their values, and so does what stands in front of the text: zero.
+    quint64 digits = (loadWord(begin) ^ ('0' * everyByte)) & highBytes[length];
+    const quint64 noDigits = bytesAboveNine(digits);
+    const unsigned place = lowestMark(noDigits);
+    const DecimalPlace &sign = decimalPlaces[place];
+    if (noDigits != 0) {
+        // Closes the gap of the decimal sign.
+        digits = (digits & sign.above) | ((digits & sign.below) << 8);
+        if (begin[place] != decimalSign || bytesAboveNine(digits) != 0)
             return false;
-        const quint64 below = (quint64(1) << position) - 1;
-        fractionDigits = 7 - position / 8;
-        word = (word & ~(below << 8 | 0xFF)) | ((word & below) << 8) | '0';
     }
 
-    constexpr quint64 highHalves = 0xF0 * everyByte;
-    if (((word & highHalves) | (((word + 0x06 * everyByte) & highHalves) >> 4)) != 0x33 * everyByte)
-        return false; // not digits alone
-
     // Eight digits at once: pairs, then fours, then all.
-    word -= zeroDigits;
-    word = word * 10 + (word >> 8);
-    constexpr quint64 pairs = 0x000000FF000000FF;
-    word = ((word & pairs) * 0x000F424000000064 + ((word >> 16) & pairs) * 0x0000271000000001) >> 32;
-    *value = static_cast<double>(static_cast<qint32>(word)) / powersOfTen[fractionDigits + 8 * isNegative];
+    digits = (digits * (10 * 0x100 + 1)) >> 8;
+    digits = ((digits & 0x00FF00FF00FF00FF) * (100 * 0x10000 + 1)) >> 16;
+    digits = ((digits & 0x0000FFFF0000FFFF) * (10000 * 0x100000000 + 1)) >> 32;
+    *value = static_cast<double>(static_cast<qint32>(digits)) / sign.divisors[isNegative ? 1 : 0];
     return true;
 }
 

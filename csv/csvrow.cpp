@@ -5,8 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
-#include <cstring>
 
 namespace Csv {
 
@@ -17,6 +15,11 @@ constexpr char quote = '"';
 bool isDigits(std::string_view text)
 {
     return std::all_of(text.begin(), text.end(), isDigit);
+}
+
+bool isAscii(std::string_view text)
+{
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
 }
 
 // What stands in a pair of quotes that fills a field: a number loses the quotes, a text keeps them and so reads as 0.
@@ -41,20 +44,6 @@ bool readQuoted(std::string_view content, double *value)
     return true;
 }
 
-// Stores the number of one field, or answers false when a comma or a quote in it makes that a matter of the whole row.
-bool readField(std::string_view field, double *value)
-{
-    const auto isAscii = [](char c) { return static_cast<signed char>(c) >= 0; };
-    if (!std::all_of(field.begin(), field.end(), isAscii))
-        return false;
-    if (field.starts_with(quote))
-        return field.size() >= 2 && field.back() == quote && readQuoted(field.substr(1, field.size() - 2), value);
-    if (field.find(quote) != std::string_view::npos)
-        return false;
-    *value = toDouble(field);
-    return true;
-}
-
 // Where the field that begins at `at` ends: a comma in quotes is not its end.
 const char *endOfField(const char *at, const char *end)
 {
@@ -64,57 +53,67 @@ const char *endOfField(const char *at, const char *end)
     return at;
 }
 
-constexpr std::ptrdiff_t shortFieldReach = 10; // bytes that readShortField looks at
-
-// Loads the word at `at` of a row that ends at `end`. Near the end, commas take the place of what stands behind it.
-template <bool isNearEnd>
-Q_ALWAYS_INLINE quint64 loadRowWord(const char *at, const char *end)
+// Stores the number of any field and returns the field's end; null when a comma, a quote or a character beyond ASCII in
+// it makes that a matter of the whole row.
+Q_NEVER_INLINE const char *readField(const char *at, const char *end, double *value)
 {
-    const quint64 word = loadWord(at);
-    const auto left = static_cast<unsigned>(end - at);
-    if (!isNearEnd || left >= sizeof word)
-        return word;
-    constexpr quint64 commas = ',' * quint64(0x0101010101010101);
-    const quint64 behind = ~quint64(0) << 8 * left;
-    return (word & ~behind) | (commas & behind);
+    if (*at != quote) {
+        const char *const comma = std::find(at, end, ',');
+        if (exactDecimal({at, static_cast<std::size_t>(comma - at)}, value))
+            return comma;
+    }
+    const char *const fieldEnd = endOfField(at, end);
+    const std::string_view field(at, static_cast<std::size_t>(fieldEnd - at));
+    if (!isAscii(field))
+        return nullptr;
+    if (field.starts_with(quote)) {
+        const bool isRead =
+            field.size() >= 2 && field.back() == quote && readQuoted(field.substr(1, field.size() - 2), value);
+        return isRead ? fieldEnd : nullptr;
+    }
+    if (field.find(quote) != std::string_view::npos)
+        return nullptr;
+    *value = toDouble(field);
+    return fieldEnd;
 }
 
-// The usual fields: up to seven characters, in quotes or not. Stores the number and returns the end of the field; null
-// for any other field. Where fewer than shortFieldReach bytes of the row are left, isNearEnd has to be true.
-template <bool isNearEnd>
+// Both store the number of a usual field, one of up to eight characters with a comma or the row's end behind it, and
+// return the end of the field; null for any other field.
+
 Q_ALWAYS_INLINE const char *readShortField(const char *at, const char *end, double *value)
 {
-    if ((isNearEnd && at == end) || *at != quote) {
-        const quint64 word = loadRowWord<isNearEnd>(at, end);
-        const quint64 commas = bytesEqual(word, ',');
-        if (commas == 0)
-            return nullptr;
-        const auto length = static_cast<unsigned>(std::countr_zero(commas)) / 8;
-        if (length == 0)
-            *value = 0.0;
-        else if (!wordDecimal(word, length, '.', value))
-            return nullptr;
-        return at + length;
-    }
-    const quint64 word = loadRowWord<isNearEnd>(at + 1, end);
-    const quint64 quotes = bytesEqual(word, quote);
-    if (quotes == 0)
+    const std::size_t length = lowestMark(bytesUpTo(loadWord(at), ','));
+    const char *const fieldEnd = at + length;
+    if (*fieldEnd != ',' && fieldEnd != end)
         return nullptr;
-    const auto length = static_cast<unsigned>(std::countr_zero(quotes)) / 8;
-    const char *const fieldEnd = at + length + 2;
-    if (length == 0 || (*fieldEnd != ',' && !(isNearEnd && fieldEnd == end)))
+    const bool isNegative = *at == '-';
+    const std::size_t digits = length - (isNegative ? 1 : 0);
+    if (digits == 0)
+        *value = 0.0;
+    else if (!shortDecimalBefore(fieldEnd, digits, isNegative, '.', value))
         return nullptr;
-    const auto contains = [word, length](char c) {
-        const quint64 hits = bytesEqual(word, c);
-        return hits != 0 && static_cast<unsigned>(std::countr_zero(hits)) / 8 < length;
-    };
-    constexpr quint64 beyondAscii = 0x8080808080808080;
-    if (contains('.') && !contains(',') && (word & beyondAscii) == 0) {
-        *value = 0.0; // a point is no decimal sign in quotes
+    return fieldEnd;
+}
+
+// The same for a field that begins with a quote in front of `at`.
+Q_ALWAYS_INLINE const char *readShortQuotedField(const char *at, const char *end, double *value)
+{
+    const quint64 word = loadWord(at);
+    const std::size_t length = lowestMark(bytesUpTo(word, quote));
+    const char *const textEnd = at + length;
+    const char *const fieldEnd = textEnd + 1;
+    if (*textEnd != quote || (*fieldEnd != ',' && fieldEnd != end))
+        return nullptr;
+    const bool isNegative = *at == '-';
+    const std::size_t digits = length - (isNegative ? 1 : 0);
+    if (digits != 0 && at[isNegative ? 1 : 0] != ',' && shortDecimalBefore(textEnd, digits, isNegative, ',', value))
         return fieldEnd;
-    }
-    const bool startsWithNumber = (word & 0xFF) != ',' && (word & 0xFFFF) != ('-' | ',' << 8);
-    return startsWithNumber && wordDecimal(word, length, ',', value) ? fieldEnd : nullptr;
+    const bool hasPoint = lowestMark(bytesEqual(word, '.')) < length;
+    const bool hasComma = lowestMark(bytesEqual(word, ',')) < length;
+    if (!hasPoint || hasComma || (word & highBits) != 0)
+        return nullptr;
+    *value = 0.0; // a point is no decimal sign in quotes
+    return fieldEnd;
 }
 
 // As many fields as readRow promises, or 0 when the row has to go the plain way.
@@ -123,13 +122,10 @@ std::size_t readRowQuickly(std::string_view line, std::span<double> values)
     const char *at = line.data();
     const char *const end = at + line.size();
     for (std::size_t count = 0;;) {
-        const char *fieldEnd = end - at >= shortFieldReach ? readShortField<false>(at, end, &values[count])
-                                                           : readShortField<true>(at, end, &values[count]);
-        if (!fieldEnd) {
-            fieldEnd = endOfField(at, end);
-            if (!readField({at, static_cast<std::size_t>(fieldEnd - at)}, &values[count]))
-                return 0;
-        }
+        const char *fieldEnd =
+            *at == quote ? readShortQuotedField(at + 1, end, &values[count]) : readShortField(at, end, &values[count]);
+        if (!fieldEnd && !(fieldEnd = readField(at, end, &values[count])))
+            return 0;
         if (++count == values.size() || fieldEnd == end)
             return count;
         at = fieldEnd + 1;

@@ -45,16 +45,16 @@ QString decoded(std::string_view line)
 
 LineReader::LineReader(QIODevice *device)
     : device(device)
-    , buffer(blockSize + slack)
+    , buffer(slack + blockSize + slack)
 {
-    while (end < utf8Mark.size() + 1 && readBlock()) { // as many bytes as the longest mark has
+    while (end - begin < utf8Mark.size() + 1 && readBlock()) { // as many bytes as the longest mark has
     }
-    const QByteArrayView start(buffer.data(), static_cast<qsizetype>(end));
+    const std::string_view start(buffer.data() + begin, end - begin);
     const auto encoding = QStringConverter::encodingForData(start);
     if (encoding && *encoding != QStringConverter::Utf8)
         wideDecoder.emplace(*encoding);
-    else if (std::string_view(buffer.data(), end).starts_with(utf8Mark))
-        begin = utf8Mark.size();
+    else if (start.starts_with(utf8Mark))
+        begin += utf8Mark.size();
 }
 
 bool LineReader::next()
@@ -65,19 +65,19 @@ bool LineReader::next()
 // Adds what the device has to the buffer, behind its last byte; false at the end of the file.
 bool LineReader::readBlock()
 {
-    if (begin > 0) {
+    if (begin > slack) {
         std::copy(buffer.begin() + static_cast<std::ptrdiff_t>(begin),
-                  buffer.begin() + static_cast<std::ptrdiff_t>(end), buffer.begin());
-        end -= begin;
-        begin = 0;
+                  buffer.begin() + static_cast<std::ptrdiff_t>(end), buffer.begin() + slack);
+        end -= begin - slack;
+        begin = slack;
     }
-    const std::size_t room = buffer.size() - slack;
-    if (end == room)
-        buffer.resize(2 * room + slack);
-    const qint64 count = device->read(buffer.data() + end, static_cast<qint64>(buffer.size() - slack - end));
+    if (end == room())
+        buffer.resize(2 * buffer.size());
+    const qint64 count = device->read(buffer.data() + end, static_cast<qint64>(room() - end));
     isAtEnd = count <= 0;
     if (!isAtEnd)
         end += static_cast<std::size_t>(count);
+    buffer[end] = '\n'; // ends a last line that has no ending
     return !isAtEnd;
 }
 
@@ -130,9 +130,11 @@ bool LineReader::nextOfWideText()
     const bool isAscii = std::all_of(wideLine.begin(), wideLine.end(), [](QChar c) { return c.unicode() < 0x80; });
     line.reset();
     if (isAscii) {
-        narrowLine.resize(static_cast<std::size_t>(wideLine.size()) + slack);
-        std::transform(wideLine.begin(), wideLine.end(), narrowLine.begin(), [](QChar c) { return c.toLatin1(); });
-        line = std::string_view(narrowLine).substr(0, narrowLine.size() - slack);
+        const auto size = static_cast<std::size_t>(wideLine.size());
+        narrowLine.assign(slack + size + slack, '\n');
+        std::transform(wideLine.begin(), wideLine.end(), narrowLine.begin() + slack,
+                       [](QChar c) { return c.toLatin1(); });
+        line = std::string_view(narrowLine).substr(slack, size);
     }
     return length > 0;
 }

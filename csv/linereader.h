@@ -23,7 +23,8 @@
 class LineReader
 {
 public:
-    /// Bytes behind a line that may be read, though they mean nothing: number readers load words.
+    /// Bytes in front of a line and behind it that may be read, though they mean nothing: number readers load words.
+    /// Only the first behind it is known: a line feed or a carriage return.
     static constexpr std::size_t slack = 8;
 
     /// Reads from @p device, which is open and outlives the reader.
@@ -43,17 +44,18 @@ private:
     bool nextOfBytes();
     bool nextOfWideText();
     bool readBlock();
+    std::size_t room() const { return buffer.size() - slack; }
 
     QIODevice *device;
     std::optional<QStringDecoder> wideDecoder; // set when the file is not UTF-8
     std::vector<char> buffer;                  // the bytes from `begin` to `end` are still to be given out
-    std::size_t begin = 0;
-    std::size_t end = 0;
+    std::size_t begin = slack;
+    std::size_t end = slack;
     bool isAtEnd = false;
     std::string_view rawLine; // with its ending, in `buffer`
     QString wideBuffer;
     qsizetype wideBegin = 0;
     QStringView wideLine;
-    std::string narrowLine; // an ASCII line of a wide file
+    std::string narrowLine; // an ASCII line of a wide file, in between slacks
     std::optional<std::string_view> line;
 };

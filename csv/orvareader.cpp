@@ -36,7 +36,8 @@ constexpr QLatin1String currentLapTimeName("lapcurrentlaptime");
 constexpr double percent = 0.01;
 constexpr double lapCutFall = 0.75;           // of a lap: a larger fall of the distance is the start of a new lap
 constexpr int decimation = 6;                 // a 360-per-second export is thinned to 60 per second
-constexpr long long spareRoom = 16;           // one part in so many of a lap's room may stand empty
+constexpr long long laterRoom = 32;           // a lap gets room for one part in so many more rows than the one before
+constexpr long long spareRoom = 16;           // one part in so many of a finished lap's room may stand empty
 constexpr long long mostReserved = 1LL << 26; // samples, over all channels, that get room ahead of their rows
 
 QTime placeholderLapTime()
@@ -264,7 +265,7 @@ void ORVAReader::enterRow(const ColumnPlan &plan, std::span<const double> number
 long long ORVAReader::expectedRows(long long rowsOfFile) const
 {
     const long long rows = laps.isEmpty() ? rowsOfFile : laps.constLast()->size();
-    return rows + rows / spareRoom;
+    return rows + rows / laterRoom;
 }
 
 void ORVAReader::processHeader(const QString &line)

@@ -10,6 +10,17 @@ namespace {
 constexpr std::size_t mostRows = 64;
 constexpr std::size_t valuesInCache = std::size_t{64} * 1024;
 
+// Asks for the memory that the next `count` samples go to. With many channels it has left the cache since the rows
+// before.
+void prefetchEnd(const KOV::SDK::Channel &channel, std::size_t count)
+{
+    constexpr std::size_t samplesPerLine = 64 / sizeof(double);
+    const double *const end = channel.samples().data() + channel.size();
+    const std::size_t room = std::min(count, static_cast<std::size_t>(channel.capacity() - channel.size()));
+    for (std::size_t i = 0; i < room; i += samplesPerLine)
+        __builtin_prefetch(end + i, 1);
+}
+
 } // namespace
 
 RowStage::RowStage(const ColumnPlan *plan, const QString &derivedName)
@@ -70,7 +81,11 @@ void RowStage::flush()
 {
     if (rowCount == 0)
         return;
-    for (const Target &target : targets) {
+    constexpr std::size_t ahead = 4; // channels
+    for (std::size_t k = 0; k < targets.size(); ++k) {
+        if (k + ahead < targets.size())
+            prefetchEnd(*targets[k + ahead].channel, rowCount);
+        const Target &target = targets[k];
         const double *source = values.data() + target.column;
         for (std::size_t i = 0; i < rowCount; ++i, source += stride)
             block[i] = *source;

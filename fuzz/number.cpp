@@ -15,14 +15,16 @@ void requireQtsValue(const std::string &text)
     const QString plain = QString::fromLatin1(text);
     const double expected = plain.toDouble();
     Fuzz::require(Testing::sameBits(Csv::toDouble(text), expected));
-    if (text.empty() || text.size() > 8)
+    const bool isNegative = text.starts_with('-');
+    const std::size_t length = text.size() - (isNegative ? 1 : 0);
+    if (length < 1 || length > 8)
         return;
-    const quint64 word = Csv::loadWord((text + "7777777").data()); // what stands behind a text means nothing
-    const auto length = static_cast<unsigned>(text.size());
+    const std::string behindDigits = "77777777" + text; // what stands in front of a text means nothing
+    const char *const end = behindDigits.data() + behindDigits.size();
     double value = 0.0;
-    if (Csv::wordDecimal(word, length, '.', &value))
+    if (Csv::shortDecimalBefore(end, length, isNegative, '.', &value))
         Fuzz::require(Testing::sameBits(value, expected));
-    if (Csv::wordDecimal(word, length, ',', &value))
+    if (Csv::shortDecimalBefore(end, length, isNegative, ',', &value))
         Fuzz::require(!plain.contains(u'.') && Testing::sameBits(value, QString(plain).replace(u',', u'.').toDouble()));
 }
 

@@ -14,7 +14,9 @@ namespace KOV::SDK {
 /// the seed that it began with, as the process may be given another.
 struct NameHash
 {
-    std::size_t operator()(const QString &name) const noexcept { return qHash(name, seed); }
+    // Not noexcept, since libstdc++ then keeps each name's hash beside it: growing and copying a map need not hash
+    // again.
+    std::size_t operator()(const QString &name) const { return qHash(name, seed); }
 
     std::size_t seed = QHashSeed::globalSeed();
 };
