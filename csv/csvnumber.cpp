@@ -16,7 +16,7 @@ constexpr std::array exactPowersOfTen{1.0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  
 
 } // namespace
 
-bool exactDecimal(std::string_view text, double *value)
+bool exactDecimal(std::string_view text, char decimalSign, double *value)
 {
     const char *at = text.data();
     const char *const end = at + text.size();
@@ -32,7 +32,10 @@ bool exactDecimal(std::string_view text, double *value)
             integer = integer * 10 + (*at - '0');
     };
     readDigits();
-    if (at != end && *at == '.') {
+    const bool hasComma = decimalSign == ',';
+    if (hasComma && digits == 0)
+        return false;
+    if (at != end && *at == decimalSign) {
         const char *const fraction = ++at;
         readDigits();
         exponent = static_cast<int>(fraction - at);
@@ -40,7 +43,7 @@ bool exactDecimal(std::string_view text, double *value)
     if (digits == 0 || digits > exactDigits)
         return false;
 
-    if (at != end && (*at == 'e' || *at == 'E')) {
+    if (at != end && (*at == 'e' || *at == 'E') && !hasComma) {
         ++at;
         const bool isDown = at != end && *at == '-';
         if (at != end && (*at == '-' || *at == '+'))
@@ -68,7 +71,7 @@ bool exactDecimal(std::string_view text, double *value)
 double toDouble(std::string_view text)
 {
     double value = 0.0;
-    if (exactDecimal(text, &value))
+    if (exactDecimal(text, '.', &value))
         return value;
     constexpr std::size_t roomOnStack = 64;
     if (text.size() > roomOnStack)

@@ -12,9 +12,10 @@
 
 namespace Csv {
 
-/// Whether @p text is `-?digits[.digits][e[+-]digits]` with few enough digits to be exact in one step; stores the value
-/// then, and leaves @p value alone for any other text. Thread-safe.
-bool exactDecimal(std::string_view text, double *value);
+/// Whether @p text is `-?digits[.digits][e[+-]digits]`, or for the sign ',' `-?digits[,digits]`, with few enough digits
+/// to be exact in one step; stores the value then, and leaves @p value alone for any other text. With a point, there
+/// need be digits on one side of it only; with a comma, in front of it. Thread-safe.
+bool exactDecimal(std::string_view text, char decimalSign, double *value);
 
 /// What QString::toDouble gives for @p text, which is ASCII: 0.0 for what is no number. Thread-safe; allocates for
 /// texts of more than 64 characters only.

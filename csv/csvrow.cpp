@@ -25,15 +25,15 @@ bool isAscii(std::string_view text)
 // What stands in a pair of quotes that fills a field: a number loses the quotes, a text keeps them and so reads as 0.
 bool readQuoted(std::string_view content, double *value)
 {
-    if (content.find(quote) != std::string_view::npos)
-        return false;
+    if (exactDecimal(content, ',', value))
+        return true;
     const std::size_t comma = content.find(',');
     const std::size_t sign = content.starts_with('-') ? 1 : 0;
     const std::string_view integer = content.substr(sign, comma - sign);
     const bool startsAsInteger = !integer.empty() && isDigits(integer);
     if (comma == std::string_view::npos) {
         *value = startsAsInteger ? toDouble(content) : 0.0;
-        return true;
+        return isAscii(content);
     }
     std::array<char, 64> withPoint{};
     if (!startsAsInteger || !isDigits(content.substr(comma + 1)) || content.size() > withPoint.size())
@@ -44,34 +44,26 @@ bool readQuoted(std::string_view content, double *value)
     return true;
 }
 
-// Where the field that begins at `at` ends: a comma in quotes is not its end.
-const char *endOfField(const char *at, const char *end)
-{
-    bool isQuoted = false;
-    for (; at != end && (*at != ',' || isQuoted); ++at)
-        isQuoted ^= *at == quote;
-    return at;
-}
-
 // Stores the number of any field and returns the field's end; null when a comma, a quote or a character beyond ASCII in
 // it makes that a matter of the whole row.
 Q_NEVER_INLINE const char *readField(const char *at, const char *end, double *value)
 {
-    if (*at != quote) {
-        const char *const comma = std::find(at, end, ',');
-        if (exactDecimal({at, static_cast<std::size_t>(comma - at)}, value))
-            return comma;
+    const auto textUpTo = [&at](const char *textEnd) {
+        return std::string_view(at, static_cast<std::size_t>(textEnd - at));
+    };
+    if (*at == quote) {
+        ++at;
+        const char *const closing = std::find(at, end, quote);
+        const char *const fieldEnd = closing + 1;
+        if (closing == end || (fieldEnd != end && *fieldEnd != ','))
+            return nullptr;
+        return readQuoted(textUpTo(closing), value) ? fieldEnd : nullptr;
     }
-    const char *const fieldEnd = endOfField(at, end);
-    const std::string_view field(at, static_cast<std::size_t>(fieldEnd - at));
-    if (!isAscii(field))
-        return nullptr;
-    if (field.starts_with(quote)) {
-        const bool isRead =
-            field.size() >= 2 && field.back() == quote && readQuoted(field.substr(1, field.size() - 2), value);
-        return isRead ? fieldEnd : nullptr;
-    }
-    if (field.find(quote) != std::string_view::npos)
+    const char *const fieldEnd = std::find(at, end, ',');
+    const std::string_view field = textUpTo(fieldEnd);
+    if (exactDecimal(field, '.', value))
+        return fieldEnd;
+    if (!isAscii(field) || field.find(quote) != std::string_view::npos)
         return nullptr;
     *value = toDouble(field);
     return fieldEnd;
