@@ -22,14 +22,11 @@ namespace {
     }
 }
 
+// The restriction says that the two do not overlap, without which no compiler gathers several samples at once.
 template <typename Index>
-[[gnu::always_inline]] inline void interpolateLoop(std::span<const float> input, float ratio, Index first,
-                                                   std::span<float> output)
+[[gnu::always_inline]] inline void interpolateLoop(const float *__restrict in, Index last, float ratio, Index first,
+                                                   float *__restrict out, Index count)
 {
-    const float *const in = input.data();
-    float *const out = output.data();
-    const auto last = static_cast<Index>(input.size() - 1);
-    const auto count = static_cast<Index>(output.size());
     for (Index i = 0; i < count; ++i) {
         const float position = static_cast<float>(first + i) / ratio;
         const auto lower = static_cast<Index>(position);
@@ -45,10 +42,13 @@ template <typename Index>
                                                   std::span<float> output)
 {
     constexpr qint64 shortLimit = 1 << 30;
-    if (first + std::ssize(output) < shortLimit && std::ssize(input) < shortLimit)
-        interpolateLoop<qint32>(input, ratio, static_cast<qint32>(first), output);
+    const qint64 last = std::ssize(input) - 1;
+    const qint64 count = std::ssize(output);
+    if (first + count < shortLimit && last < shortLimit)
+        interpolateLoop(input.data(), static_cast<qint32>(last), ratio, static_cast<qint32>(first), output.data(),
+                        static_cast<qint32>(count));
     else
-        interpolateLoop<qint64>(input, ratio, first, output);
+        interpolateLoop(input.data(), last, ratio, first, output.data(), count);
 }
 
 void convertPlain(std::span<float> samples, const LdConversion &conversion)
