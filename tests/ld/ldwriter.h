@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstring>
 #include <vector>
 
@@ -31,23 +30,8 @@ QByteArray bytesOf(const Record &record)
 template <typename Record>
 void put(QByteArray &file, qsizetype offset, const Record &record)
 {
-    if (file.size() < offset + qsizetype{sizeof record})
-        file.append(offset + qsizetype{sizeof record} - file.size(), '\0');
+    file.resize(std::max(file.size(), offset + qsizetype{sizeof record}), '\0');
     std::memcpy(file.data() + offset, &record, sizeof record);
-}
-
-/// A record that converts nothing: 16-bit integers at @p rate, raw values as they are.
-inline LdChannelHeader record(QByteArrayView name, QByteArrayView unit = {}, quint16 rate = 60)
-{
-    LdChannelHeader header;
-    header.typeCode = 3;
-    header.sampleWidth = 2;
-    header.sampleRate = rate;
-    header.multiplier = 1;
-    header.scale = 1;
-    setText(header.name, name);
-    setText(header.unit, unit);
-    return header;
 }
 
 /// Raw values as a log stores them.
@@ -66,34 +50,37 @@ struct Channel
     QByteArray samples;
 };
 
-/// 16-bit channel.
+/// A channel that converts nothing: 16-bit integers at @p rate, raw values as they are but for @p decimals.
 inline Channel channel(QByteArrayView name, const std::vector<qint16> &values, QByteArrayView unit = {},
                        quint16 rate = 60, qint16 decimals = 0)
 {
-    Channel result{record(name, unit, rate), raw(values)};
-    result.header.sampleCount = static_cast<quint32>(values.size());
-    result.header.decimals = decimals;
-    return result;
+    LdChannelHeader header;
+    header.sampleCount = static_cast<quint32>(values.size());
+    header.typeCode = 3;
+    header.sampleWidth = 2;
+    header.sampleRate = rate;
+    header.multiplier = 1;
+    header.scale = 1;
+    header.decimals = decimals;
+    setText(header.name, name);
+    setText(header.unit, unit);
+    return {header, raw(values)};
 }
 
 /// A whole log. Offsets are set here; a sampleCount is taken as it stands in the record.
-inline QByteArray log(std::vector<Channel> channels, LdHeadBlock head = {})
+inline QByteArray log(const std::vector<Channel> &channels, LdHeadBlock head = {})
 {
-    constexpr quint32 recordBytes = sizeof(LdChannelHeader);
-    const auto count = static_cast<quint32>(channels.size());
-    quint32 recordOffset = sizeof head;
-    quint32 dataOffset = recordOffset + count * recordBytes;
-    if (count > 0)
-        head.firstHeaderOffset = recordOffset;
+    const auto dataOffset = static_cast<quint32>(sizeof head + channels.size() * sizeof(LdChannelHeader));
+    quint32 recordEnd = sizeof head;
+    head.firstHeaderOffset = channels.empty() ? 0 : recordEnd;
     QByteArray records;
     QByteArray samples;
-    for (quint32 i = 0; i < count; ++i) {
-        LdChannelHeader &header = channels[i].header;
-        recordOffset += recordBytes;
-        header.nextHeaderOffset = i + 1 < count ? recordOffset : 0;
+    for (auto [header, bytes] : channels) {
+        recordEnd += sizeof header;
+        header.nextHeaderOffset = recordEnd < dataOffset ? recordEnd : 0;
         header.dataOffset = dataOffset + static_cast<quint32>(samples.size());
         records += bytesOf(header);
-        samples += channels[i].samples;
+        samples += bytes;
     }
     return bytesOf(head) + records + samples;
 }
