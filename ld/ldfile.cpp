@@ -7,15 +7,19 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <unordered_set>
 
 namespace {
 
 constexpr std::size_t blockBytes = 65536;  // small enough for a processor's second cache
 constexpr qint64 leastRecordDistance = 64; // records of real logs lie 116, 124 or 212 bytes apart
-constexpr qint64 samplesPerByte = 40;      // what channels of one sample per second come to at 60 is 30
-constexpr qint64 leastFileBytes = 1 << 20; // so that a log that was cut off at its beginning keeps its channels
+
+// The samples believed of each byte of a log's beginning, and of each one behind it.
+constexpr qint64 samplesPerFirstByte = 40; // what channels of one sample per second come to at 60 is 30
+constexpr qint64 samplesPerLaterByte = 8;  // no log at such rates is as long as that
+constexpr qint64 leastFirstBytes = qint64(1) << 18;
+constexpr qint64 mostFirstBytes = qint64(1) << 24;
+constexpr qint64 mostLaterBytes = qint64(1) << 56; // sparse files can claim more
 
 constexpr quint16 firstListedType = 1;
 constexpr quint16 lastListedType = 5;
@@ -175,8 +179,9 @@ std::vector<float> readLdChannel(QDataStream &stream, const LdChannelHeader &hea
 
 qint64 ldSampleAllowance(qint64 fileBytes)
 {
-    constexpr qint64 mostBytes = std::numeric_limits<qint64>::max() / samplesPerByte;
-    return std::clamp(fileBytes, leastFileBytes, mostBytes) * samplesPerByte;
+    const qint64 first = std::clamp(fileBytes, leastFirstBytes, mostFirstBytes);
+    const qint64 later = std::clamp<qint64>(fileBytes - first, 0, mostLaterBytes);
+    return first * samplesPerFirstByte + later * samplesPerLaterByte;
 }
 
 qint64 ldSampleCount(const LdChannelHeader &header)

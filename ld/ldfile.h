@@ -140,13 +140,13 @@ ORVA_EXPORT std::vector<std::vector<float>> readLdChannels(QDataStream &stream,
 /// of 0 gives infinities and NaN. Allocates the result and one block of 64 KiB.
 ORVA_EXPORT std::vector<float> readLdChannel(QDataStream &stream, const LdChannelHeader &header);
 
-/// The most samples that are believed of a log of @p fileBytes, over all of its channels together: 40 for each byte,
-/// where a file below 1 MiB counts as 1 MiB.
+/// The most samples that are believed of a log of @p fileBytes, over all of its channels together: 40 for each of the
+/// first 16 Mi bytes and 8 for each further one, where a file below 256 KiB counts as 256 KiB.
 ///
 /// An honest log has at most half a sample for each byte, and 30 once channels of one sample per second are brought to
-/// the common 60. So a log that was cut off while it was written keeps all channels at full length unless next to
-/// nothing of it was written, and no file costs memory or time out of proportion to its size (docs/ld.md has the sums).
-/// Thread-safe.
+/// the common 60; long logs have higher rates. So a log that was cut off while it was written keeps all channels at
+/// full length unless little of it was written, and no file costs memory or time out of proportion to its size
+/// (docs/ld.md has the sums). Thread-safe.
 ORVA_EXPORT qint64 ldSampleAllowance(qint64 fileBytes);
 
 /// The number of samples that readLdChannel gives for @p header: its sampleCount, or 0 where the pair of type code and

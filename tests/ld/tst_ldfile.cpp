@@ -196,10 +196,15 @@ private Q_SLOTS:
 
     void allowance()
     {
-        constexpr quint32 all = 40U << 20;
-        QCOMPARE(ldSampleAllowance(0), qint64{all});
-        QCOMPARE(ldSampleAllowance(1 << 20), qint64{all});
-        QCOMPARE(ldSampleAllowance(std::numeric_limits<qint64>::max()) / 40, std::numeric_limits<qint64>::max() / 40);
+        constexpr quint32 all = 40U << 18;
+        const std::pair<qint64, qint64> believed[]{{0, all},
+                                                   {1 << 18, all},
+                                                   {(1 << 18) + 1, all + 40},
+                                                   {1 << 24, 40 << 24},
+                                                   {1 << 25, 48LL << 24},
+                                                   {std::numeric_limits<qint64>::max(), (40LL << 24) + (8LL << 56)}};
+        for (const auto &[bytes, samples] : believed)
+            QCOMPARE(ldSampleAllowance(bytes), samples);
         const QByteArray file(64, '\0');
         QVERIFY(readChannel(file, typed(3, 2, all + 1)).empty());
         QDataStream stream(file);
