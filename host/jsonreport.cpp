@@ -1,9 +1,16 @@
 #include "host/jsonreport.h"
 
-#include "host/jsonwriter.h"
 #include "host/logreader.h"
+#include "host/output.h"
 #include "host/selection.h"
+#include "host/textformat.h"
 #include "sdk/sdk_utils.h"
+
+#include <rapidjson/prettywriter.h>
+
+#include <cmath>
+#include <optional>
+#include <type_traits>
 
 using KOV::SDK::CarInfo;
 using KOV::SDK::DynamicData;
@@ -15,18 +22,77 @@ namespace Host {
 
 namespace {
 
-void writeIndex(std::optional<qsizetype> index, JsonWriter &json)
+// Where RapidJSON writes to.
+class Sink
 {
-    if (index)
-        json.integer(*index);
+public:
+    using Ch = char; // NOLINT(readability-identifier-naming)
+
+    explicit Sink(Output &output)
+        : output(output)
+    {
+    }
+
+    void Put(char c) { output.write(QByteArrayView(&c, 1)); } // NOLINT(readability-identifier-naming)
+    void Flush() {}                                           // NOLINT(readability-identifier-naming)
+
+private:
+    Output &output;
+};
+
+using JsonWriter = rapidjson::PrettyWriter<Sink>;
+
+rapidjson::SizeType sizeOf(const QByteArray &text)
+{
+    return static_cast<rapidjson::SizeType>(text.size());
+}
+
+void writeName(const QString &name, JsonWriter &json)
+{
+    const QByteArray text = name.toUtf8(); // half a surrogate pair becomes U+FFFD
+    json.Key(text.constData(), sizeOf(text));
+}
+
+template <typename T>
+void write(const T &value, JsonWriter &json)
+{
+    if constexpr (std::is_same_v<T, bool>) {
+        json.Bool(value);
+    } else if constexpr (std::is_unsigned_v<T>) {
+        json.Uint64(value);
+    } else if constexpr (std::is_integral_v<T>) {
+        json.Int64(value);
+    } else if constexpr (std::is_floating_point_v<T>) {
+        const QByteArray text = std::isfinite(value) ? exactNumber(value) : QByteArray("null");
+        json.RawValue(text.constData(), static_cast<std::size_t>(text.size()), rapidjson::kNumberType);
+    } else {
+        const QByteArray text = value.toUtf8();
+        json.String(text.constData(), sizeOf(text));
+    }
+}
+
+template <typename T>
+void write(const char *name, const T &value, JsonWriter &json)
+{
+    json.Key(name);
+    write(value, json);
+}
+
+// For what may be missing: null then.
+template <typename T>
+void write(const char *name, const std::optional<T> &value, JsonWriter &json)
+{
+    json.Key(name);
+    if (value)
+        write(*value, json);
     else
-        json.null();
+        json.Null();
 }
 
 void writeSession(KOV::SDK::Session session, JsonWriter &json)
 {
-    json.name("session").integer(static_cast<qint32>(session));
-    json.name("sessionName").string(sessionName(session));
+    write("session", static_cast<qint32>(session), json);
+    write("sessionName", sessionName(session), json);
 }
 
 void writeVariant(const QVariant &value, JsonWriter &json)
@@ -34,7 +100,7 @@ void writeVariant(const QVariant &value, JsonWriter &json)
     switch (value.typeId()) {
     case QMetaType::Double:
     case QMetaType::Float:
-        json.number(value.toDouble());
+        write(value.toDouble(), json);
         break;
     case QMetaType::Char:
     case QMetaType::SChar:
@@ -42,132 +108,141 @@ void writeVariant(const QVariant &value, JsonWriter &json)
     case QMetaType::Int:
     case QMetaType::Long:
     case QMetaType::LongLong:
-        json.integer(value.toLongLong());
+        write(value.toLongLong(), json);
         break;
     case QMetaType::UChar:
     case QMetaType::UShort:
     case QMetaType::UInt:
     case QMetaType::ULong:
     case QMetaType::ULongLong:
-        json.integer(value.toULongLong());
+        write(value.toULongLong(), json);
         break;
     case QMetaType::Bool:
-        json.boolean(value.toBool());
+        write(value.toBool(), json);
         break;
     case QMetaType::UnknownType:
     case QMetaType::Nullptr:
-        json.null();
+        json.Null();
         break;
     default:
-        json.string(value.toString());
+        write(value.toString(), json);
     }
 }
 
 void writeDynamicData(const DynamicData &values, JsonWriter &json)
 {
-    json.beginObject();
+    json.StartObject();
     for (const QString &name : values.valueNameList()) {
         const Value value = values.value(name);
-        json.name(name).beginObject();
-        json.name("value");
+        writeName(name, json);
+        json.StartObject();
+        json.Key("value");
         writeVariant(value, json);
-        json.name("unit").string(value.unit());
-        json.endObject();
+        write("unit", value.unit(), json);
+        json.EndObject();
     }
-    json.endObject();
+    json.EndObject();
 }
 
 void writeCarInfo(const CarInfo &car, JsonWriter &json)
 {
-    json.beginObject();
-    json.name("carId").string(car.carId);
-    json.name("sourceName").string(car.sourceName);
-    json.name("pluginName").string(car.pluginName);
-    json.name("carName").string(car.carName);
-    json.name("className").string(car.className);
-    json.name("driverName").string(car.driverName);
-    json.name("teamName").string(car.teamName);
-    json.name("status").integer(static_cast<qint32>(car.status));
-    json.name("statusText").string(carStatusToString(car.status));
-    json.name("detailedTelemetry").boolean(car.detailedTelemetry);
-    json.endObject();
+    json.StartObject();
+    write("carId", car.carId, json);
+    write("sourceName", car.sourceName, json);
+    write("pluginName", car.pluginName, json);
+    write("carName", car.carName, json);
+    write("className", car.className, json);
+    write("driverName", car.driverName, json);
+    write("teamName", car.teamName, json);
+    write("status", static_cast<qint32>(car.status), json);
+    write("statusText", carStatusToString(car.status), json);
+    write("detailedTelemetry", car.detailedTelemetry, json);
+    json.EndObject();
 }
 
-void writeLapTime(QTime time, JsonWriter &json)
+std::optional<QString> isoText(const QTime &time)
 {
-    json.name("lapTimeMs");
-    if (hasLapTime(time))
-        json.integer(time.msecsSinceStartOfDay());
-    else
-        json.null();
-    json.name("lapTime");
-    if (time.isValid())
-        json.string(time.toString(Qt::ISODateWithMs));
-    else
-        json.null();
+    return time.isValid() ? std::optional(time.toString(Qt::ISODateWithMs)) : std::nullopt;
+}
+
+std::optional<QString> isoText(const QDateTime &dateTime)
+{
+    return dateTime.isValid() ? std::optional(dateTime.toString(Qt::ISODateWithMs)) : std::nullopt;
 }
 
 void writeHeader(const LapHeader &header, JsonWriter &json)
 {
-    json.name("lapNumber").integer(header.lapNumber);
-    json.name("lapKind").integer(header.lapKind);
-    json.name("completed").boolean(header.completed);
-    writeLapTime(header.lapTime, json);
+    write("lapNumber", header.lapNumber, json);
+    write("lapKind", header.lapKind, json);
+    write("completed", header.completed, json);
+    write("lapTimeMs", hasLapTime(header.lapTime) ? std::optional(header.lapTime.msecsSinceStartOfDay()) : std::nullopt,
+          json);
+    write("lapTime", isoText(header.lapTime), json);
     writeSession(header.session, json);
-    json.name("stintLapIndex").integer(header.stintLapIndex);
-    json.name("stintNumber").integer(header.stintNumber);
-    json.name("lapId").string(header.lapId.toString(QUuid::WithoutBraces));
-    json.name("stintId").string(header.stintId.toString(QUuid::WithoutBraces));
-    json.name("sessionId").string(header.sessionId.toString(QUuid::WithoutBraces));
-    json.name("venueName").string(header.venueName);
-    json.name("dateTime");
-    if (header.dateTime.isValid())
-        json.string(header.dateTime.toString(Qt::ISODateWithMs));
-    else
-        json.null();
-    json.name("textA").string(header.textA);
-    json.name("textB").string(header.textB);
-    json.name("carInfo");
+    write("stintLapIndex", header.stintLapIndex, json);
+    write("stintNumber", header.stintNumber, json);
+    write("lapId", header.lapId.toString(QUuid::WithoutBraces), json);
+    write("stintId", header.stintId.toString(QUuid::WithoutBraces), json);
+    write("sessionId", header.sessionId.toString(QUuid::WithoutBraces), json);
+    write("venueName", header.venueName, json);
+    write("dateTime", isoText(header.dateTime), json);
+    write("textA", header.textA, json);
+    write("textB", header.textB, json);
+    json.Key("carInfo");
     writeCarInfo(header.carInfo, json);
-    json.name("dynamicData");
+    json.Key("dynamicData");
     writeDynamicData(header.dynamicData, json);
+}
+
+void writeSamples(const KOV::SDK::Channel &channel, JsonWriter &json)
+{
+    json.StartArray();
+    for (const double sample : channel.samples()) {
+        if (KOV::SDK::isValidValue(sample))
+            write(sample, json);
+        else
+            json.Null();
+    }
+    json.EndArray();
 }
 
 void writeChannel(const NamedChannel &named, bool withValues, JsonWriter &json)
 {
     const ChannelSummary summary = summaryOf(*named.channel);
-    json.beginObject();
-    json.name("name").string(named.name);
-    json.name("unit").string(named.channel->unit());
-    json.name("calculated").boolean(named.isCalculated);
-    json.name("samples").integer(summary.samples);
-    json.name("validSamples").integer(summary.validSamples);
-    json.name("minimum");
-    summary.range ? json.number(summary.range->minimum) : json.null();
-    json.name("maximum");
-    summary.range ? json.number(summary.range->maximum) : json.null();
+    const auto bound = [&summary](double Range::*which) {
+        return summary.range ? std::optional((*summary.range).*which) : std::nullopt;
+    };
+    json.StartObject();
+    write("name", named.name, json);
+    write("unit", named.channel->unit(), json);
+    write("calculated", named.isCalculated, json);
+    write("samples", summary.samples, json);
+    write("validSamples", summary.validSamples, json);
+    write("minimum", bound(&Range::minimum), json);
+    write("maximum", bound(&Range::maximum), json);
     if (withValues) {
-        json.name("values");
-        json.samples(named.channel->samples());
+        json.Key("values");
+        writeSamples(*named.channel, json);
     }
-    json.endObject();
+    json.EndObject();
 }
 
 void writeLap(const Log &log, qsizetype index, bool isBest, const QStringList &valueNames, JsonWriter &json)
 {
     const Lap &lap = *log.laps[index];
-    json.beginObject();
-    json.name("index").integer(index);
-    json.name("best").boolean(isBest);
-    json.name("samples").integer(lap.size());
+    json.StartObject();
+    write("index", index, json);
+    write("best", isBest, json);
+    write("samples", lap.size(), json);
     writeHeader(lap.header(), json);
-    json.name("channels").beginArray();
+    json.Key("channels");
+    json.StartArray();
     for (const NamedChannel &named : channelsOf(lap)) {
         const bool isShadowed = named.isCalculated && lap.containsRecordedChannel(named.name);
         writeChannel(named, !isShadowed && valueNames.contains(named.name), json);
     }
-    json.endArray();
-    json.endObject();
+    json.EndArray();
+    json.EndObject();
 }
 
 } // namespace
@@ -176,23 +251,27 @@ void printJson(const Log &log, const Selection &selection, Output &output)
 {
     const LapHeader &first = log.laps.first()->header();
     const auto best = bestLap(log.laps);
-    JsonWriter json(output);
-    json.beginObject();
-    json.name("file").string(log.path);
-    json.name("venueName").string(first.venueName);
-    json.name("carName").string(first.carInfo.carName);
-    json.name("driverName").string(first.carInfo.driverName);
+    Sink sink(output);
+    JsonWriter json(sink);
+    json.SetIndent(' ', 2);
+    json.SetFormatOptions(rapidjson::kFormatSingleLineArray); // samples by the thousand need not stand one a line
+    json.StartObject();
+    write("file", log.path, json);
+    write("venueName", first.venueName, json);
+    write("carName", first.carInfo.carName, json);
+    write("driverName", first.carInfo.driverName, json);
     writeSession(first.session, json);
-    json.name("sourceName").string(first.carInfo.sourceName);
-    json.name("channelCount").integer(channelCount(log.laps));
-    json.name("lapCount").integer(log.laps.size());
-    json.name("bestLap");
-    writeIndex(best, json);
-    json.name("laps").beginArray();
+    write("sourceName", first.carInfo.sourceName, json);
+    write("channelCount", channelCount(log.laps), json);
+    write("lapCount", log.laps.size(), json);
+    write("bestLap", best, json);
+    json.Key("laps");
+    json.StartArray();
     for (const qsizetype index : selection.laps)
         writeLap(log, index, index == best, selection.valueNames, json);
-    json.endArray();
-    json.endObject();
+    json.EndArray();
+    json.EndObject();
+    output.write("\n");
 }
 
 } // namespace Host

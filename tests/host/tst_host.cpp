@@ -325,7 +325,7 @@ private Q_SLOTS:
         QVERIFY(!QJsonDocument::fromJson(result.out).isNull());
         for (const char *expected :
              {"[-0, 0.1, null, null, null, 1e-07]", "[null, 0.3333333333333333, 123456789, null, null, null]",
-              "[null, null, null, null, null, null]", "\"venueName\": \"\\u001b[2JN\\u000aring\"",
+              "[null, null, null, null, null, null]", "\"venueName\": \"\\u001B[2JN\\nring\"",
               "\"name\": \"a,\\\"b\\\"\"", "\"minimum\": null"})
             QVERIFY2(result.out.contains(expected), expected);
         const QByteArray dense = result.out.simplified().replace(' ', "");
