@@ -33,7 +33,7 @@ public:
     {
         const bool isPath = !path.contains(QChar(u'\0')); // Qt complains aloud about others
         if (isPath && QFileInfo(file).isFile())
-            file.open(QIODevice::ReadOnly | QIODevice::Text);
+            (void)file.open(QIODevice::ReadOnly | QIODevice::Text); // what cannot be opened counts as empty
     }
 
     // Goes to the next start tag; false where the file ends, breaks off or goes beyond a bound.
