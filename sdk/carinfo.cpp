@@ -101,7 +101,7 @@ QVariant readDateTime(QDataStream &stream)
 ///
 /// QVariant's own reader would read any registered type, reserve whatever length a list claims, and call itself for
 /// every level of a nested list, so a few bytes of a damaged stream could end the process. Lists and maps convert to
-/// none of a car's members; they are read past.
+/// none of a car's members, but for a list of one text; they are read past.
 QVariant readValue(QDataStream &stream, int depth = 0)
 {
     quint32 type = 0;
@@ -143,15 +143,12 @@ QVariant readValue(QDataStream &stream, int depth = 0)
         });
         return texts;
     }
-    case QMetaType::QByteArrayList: {
-        QByteArrayList texts; // likewise
+    case QMetaType::QByteArrayList:
         readItems(stream, [&] {
             QByteArray text;
             stream >> text;
-            texts.append(text);
         });
-        return QVariant::fromValue(texts);
-    }
+        return {};
     case QMetaType::QDateTime:
         return readDateTime(stream);
     case QMetaType::Bool:
