@@ -20,12 +20,6 @@ void setText(std::array<char, Width> &field, QByteArrayView text)
     std::copy_n(text.data(), std::min(static_cast<std::size_t>(text.size()), Width), field.begin());
 }
 
-template <typename Record>
-QByteArray bytesOf(const Record &record)
-{
-    return {reinterpret_cast<const char *>(&record), sizeof record};
-}
-
 /// Overwrites the bytes of @p file at @p offset, making it longer where that is needed.
 template <typename Record>
 void put(QByteArray &file, qsizetype offset, const Record &record)
@@ -40,7 +34,7 @@ QByteArray raw(const std::vector<Stored> &values)
 {
     QByteArray bytes;
     for (const Stored value : values)
-        bytes += bytesOf(LdInteger<Stored>(value));
+        put(bytes, bytes.size(), LdInteger<Stored>(value));
     return bytes;
 }
 
@@ -70,19 +64,20 @@ inline Channel channel(QByteArrayView name, const std::vector<qint16> &values, Q
 /// A whole log. Offsets are set here; a sampleCount is taken as it stands in the record.
 inline QByteArray log(const std::vector<Channel> &channels, LdHeadBlock head = {})
 {
-    const auto dataOffset = static_cast<quint32>(sizeof head + channels.size() * sizeof(LdChannelHeader));
-    quint32 recordEnd = sizeof head;
-    head.firstHeaderOffset = channels.empty() ? 0 : recordEnd;
-    QByteArray records;
-    QByteArray samples;
-    for (auto [header, bytes] : channels) {
-        recordEnd += sizeof header;
-        header.nextHeaderOffset = recordEnd < dataOffset ? recordEnd : 0;
-        header.dataOffset = dataOffset + static_cast<quint32>(samples.size());
-        records += bytesOf(header);
-        samples += bytes;
+    quint32 offset = sizeof head;
+    const auto recordsEnd = static_cast<quint32>(offset + channels.size() * sizeof(LdChannelHeader));
+    head.firstHeaderOffset = offset < recordsEnd ? offset : 0;
+    QByteArray file(recordsEnd, '\0');
+    put(file, 0, head);
+    for (auto [header, samples] : channels) {
+        const auto next = static_cast<quint32>(offset + sizeof header);
+        header.nextHeaderOffset = next < recordsEnd ? next : 0;
+        header.dataOffset = static_cast<quint32>(file.size());
+        put(file, offset, header);
+        file += samples;
+        offset = next;
     }
-    return bytesOf(head) + records + samples;
+    return file;
 }
 
 } // namespace LdWriter
