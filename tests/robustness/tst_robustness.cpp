@@ -1,14 +1,18 @@
 // Files that misbehave: cut off, no files at all, or made to cost more than they should (docs/limits.md).
 
 #include "../ld/ldwriter.h"
+#include "csv/linereader.h"
 #include "csv/orvareader.h"
 #include "ld/ldx.h"
 #include "ld/loadlaps.h"
 #include "testing.h"
 
+#include <QtCore/QBuffer>
+
 #include <optional>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Testing;
 using KOV::SDK::Session;
@@ -39,6 +43,35 @@ const QByteArray smallCsv = "Venue,Ring\nDriver,J\xC3\xB6rg\n\nLap Dist Pct,Spee
                             "\"0\",1.5\r\n\"90\",2.5\r\n"_ba.repeated(2);
 const QByteArray smallLd = LdWriter::log({LdWriter::channel("LapDistPct", {0, 30, 60, 90, 20, 50, 80}, "%"),
                                           LdWriter::channel("Lap", {0, 0, 0, 0, 1, 1, 1})});
+
+/// A file on a medium with a fault: it has the size of @p bytes, but reading ends at byte @p faultAt.
+class FaultyDevice : public QBuffer
+{
+public:
+    FaultyDevice(const QByteArray &bytes, qint64 faultAt)
+        : faultAt(faultAt)
+    {
+        setData(bytes);
+        open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    }
+
+protected:
+    qint64 readData(char *data, qint64 wanted) override
+    {
+        return pos() < faultAt ? QBuffer::readData(data, std::min(wanted, faultAt - pos())) : -1;
+    }
+
+private:
+    qint64 faultAt;
+};
+
+QStringList linesOf(QIODevice &device)
+{
+    QStringList texts;
+    for (LineReader lines(&device); lines.next();)
+        texts += lines.text();
+    return texts;
+}
 
 /// Many times a number between two texts.
 QByteArray numbered(const char *before, int count, const char *behind)
@@ -98,6 +131,48 @@ private Q_SLOTS:
         QVERIFY(importCsv(memory).size() == 1 && loadLaps(memory).isEmpty() && loadValues(memory).isEmpty());
     }
 
+    // A text ends at a read error; a channel of a binary log keeps its length.
+    void readError()
+    {
+        for (qsizetype faultAt = 0; faultAt <= smallCsv.size(); ++faultAt) {
+            FaultyDevice faulty(smallCsv, faultAt);
+            FaultyDevice shorter(smallCsv.first(faultAt), faultAt);
+            QCOMPARE(linesOf(faulty), linesOf(shorter));
+        }
+        for (qsizetype faultAt = 0; faultAt <= smallLd.size(); ++faultAt) {
+            FaultyDevice faulty(smallLd, faultAt);
+            QDataStream stream(&faulty);
+            LdData data = readLd(stream);
+            for (const auto &samples : readLdChannels(stream, readLdChannelHeaders(stream, data)))
+                QCOMPARE(samples.size(), 7U);
+        }
+    }
+
+    // Readers must go by what they get and not by what they were told.
+    void growsAndShrinks()
+    {
+        QFile log(files.write(u"log.ld"_s, smallLd));
+        QVERIFY(log.open(QIODevice::ReadWrite));
+        QDataStream stream(&log);
+        LdData data = readLd(stream);
+        const auto headers = readLdChannelHeaders(stream, data);
+        for (const qint64 size : {qint64{1800}, mebibyte, smallLd.size() - 3}) {
+            QVERIFY(log.resize(size));
+            const auto channels = readLdChannels(stream, headers);
+            QVERIFY(channels.size() == 2 && channels[0].size() == 7 && channels[1].size() == 7);
+        }
+        QFile text(files.write(u"log.csv"_s, "12345\n"_ba.repeated(mebibyte)));
+        QVERIFY(text.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
+        LineReader lines(&text);
+        qsizetype count = 0;
+        for (const qint64 size : {qint64{4096}, mebibyte}) { // the second time with NULs behind
+            QVERIFY(lines.next() == (count == 0) && text.resize(size));
+            while (lines.next())
+                ++count;
+            QVERIFY(count > 1 && count < mebibyte);
+        }
+    }
+
     // Longest lines, many columns, many laps, much padding: each with the memory that its kind may take.
     void costOfText_data()
     {
@@ -115,6 +190,7 @@ private Q_SLOTS:
         const QByteArray digits = '"' + QByteArray(4600, '1') + "x,";
         row("runs of digits behind a quote", preamble + digits.repeated(1000), 1, base, 8);
         row("empty rows", preamble + QByteArray(10 * mebibyte, '\n'), 1, base, 0);
+        row("rows of one, two and three fields", preamble + "9,1\n9\n9,1,2\n"_ba.repeated(100000), 1, base, 8);
 
         const QByteArray columns = "\nLap Dist Pct" + numbered(",c", 100000, "") + "\n\n\n";
         constexpr int forColumns = base + 50; // half a KiB each
@@ -157,6 +233,11 @@ private Q_SLOTS:
     {
         const Table<QByteArray, bool> row("sidecar", "hasValues");
         constexpr qsizetype length = 64 * mebibyte;
+        QByteArray laughs = "<!DOCTYPE a [<!ENTITY l0 'lol'>";
+        for (int i = 1; i < 12; ++i)
+            laughs += "<!ENTITY l%1 '%2'>"_ba.replace("%1", QByteArray::number(i))
+                          .replace("%2", ("&l" + QByteArray::number(i - 1) + ';').repeated(10));
+        row("entities of entities", laughs + "]><a Id='&l11;'>&l11;</a>", false);
         row("deep nesting", "<a>"_ba.repeated(length / 3), false);
         row("deep nesting of name spaces", "<a xmlns:b=\"c\">"_ba.repeated(length / 15), false);
         row("long comment", "<a><!--" + QByteArray(length, '-'), false);
