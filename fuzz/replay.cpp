@@ -3,7 +3,7 @@
 
 #include "fuzz.h"
 
-#include <QtCore/QDirIterator>
+#include <QtCore/QDir>
 
 #include <algorithm>
 #include <clocale>
@@ -61,16 +61,15 @@ int main(int argc, char **argv)
     std::signal(SIGABRT, tellInput); // NOLINT(bugprone-signal-handler): it is the end of the process anyway
     std::vector<std::string> seeds;
     for (int i = 2; i < argc; ++i) {
-        QDirIterator files(QFile::decodeName(argv[i]), QDir::Files);
-        while (files.hasNext()) {
-            QFile file(files.next());
+        for (const QFileInfo &info : QDir(QFile::decodeName(argv[i])).entryInfoList(QDir::Files)) {
+            QFile file(info.filePath());
             Fuzz::require(file.open(QIODevice::ReadOnly));
             std::fprintf(stderr, "%s\n", qPrintable(file.fileName()));
             seeds.push_back(file.readAll().toStdString());
             run(seeds.back());
         }
     }
-    std::sort(seeds.begin(), seeds.end()); // a folder lists its files in any order
+    std::sort(seeds.begin(), seeds.end());
     std::mt19937 random(1);
     for (int count = seeds.empty() ? 0 : QByteArray(argv[1]).toInt(); count > 0; --count)
         run(mixOf(seeds, random));

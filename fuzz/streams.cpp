@@ -13,17 +13,16 @@ using namespace KOV::SDK;
 
 namespace {
 
-void requireSame(const CarInfo &a, const CarInfo &b)
+bool isSame(const CarInfo &a, const CarInfo &b)
 {
-    Fuzz::require(Testing::membersOf(a) == Testing::membersOf(b));
+    return Testing::membersOf(a) == Testing::membersOf(b);
 }
 
-void requireSame(const LivePluginInfo &a, const LivePluginInfo &b)
+bool isSame(const LivePluginInfo &a, const LivePluginInfo &b)
 {
-    Fuzz::require(
-        a.streamFirstName == b.streamFirstName && a.streamSecondName == b.streamSecondName &&
-        std::equal(a.cars.begin(), a.cars.end(), b.cars.begin(), b.cars.end(),
-                   [](const auto &x, const auto &y) { return Testing::membersOf(x) == Testing::membersOf(y); }));
+    const auto isSameCar = [](const auto &x, const auto &y) { return isSame(x, y); };
+    return a.streamFirstName == b.streamFirstName && a.streamSecondName == b.streamSecondName &&
+           std::equal(a.cars.begin(), a.cars.end(), b.cars.begin(), b.cars.end(), isSameCar);
 }
 
 template <typename Type>
@@ -39,8 +38,7 @@ Type readAndWrite(QDataStream &stream)
     Type again;
     QDataStream in(bytes);
     in >> again;
-    Fuzz::require(in.status() == QDataStream::Ok && in.atEnd());
-    requireSame(value, again);
+    Fuzz::require(in.status() == QDataStream::Ok && in.atEnd() && isSame(value, again));
     return value;
 }
 
@@ -53,15 +51,11 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     QDataStream stream(Fuzz::bytesOf(data, size).sliced(2).toByteArray());
     stream.setVersion(1 + data[0] % QDataStream::Qt_DefaultCompiledVersion);
     stream.setByteOrder(data[1] & 4 ? QDataStream::LittleEndian : QDataStream::BigEndian);
-    switch (data[1] % 4) {
-    case 0:
+    if (data[1] % 4 == 0)
         readAndWrite<CarInfo>(stream);
-        break;
-    case 1:
+    else if (data[1] % 4 == 1)
         Fuzz::require(readAndWrite<Sample>(stream).dynamicData.isEmpty());
-        break;
-    default:
+    else
         Fuzz::require(static_cast<size_t>(readAndWrite<LivePluginInfo>(stream).cars.size()) <= size);
-    }
     return 0;
 }
