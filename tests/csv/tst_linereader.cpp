@@ -10,18 +10,13 @@ using namespace Testing;
 
 namespace {
 
-QStringList linesOf(const QByteArray &content)
+QStringList linesOf(QByteArray content)
 {
-    QBuffer buffer;
-    buffer.setData(content);
+    QBuffer buffer(&content);
     buffer.open(QIODevice::ReadOnly);
-    LineReader reader(&buffer);
     QStringList lines;
-    while (reader.next()) {
+    for (LineReader reader(&buffer); reader.next();)
         lines.append(reader.text());
-        if (reader.bytes() && isAscii(*reader.bytes()) && QString::fromLatin1(*reader.bytes()) != reader.text())
-            qFatal("bytes and text of a line differ");
-    }
     return lines;
 }
 
@@ -46,10 +41,6 @@ private Q_SLOTS:
             QStringEncoder encoder(QStringConverter::Utf16LE, QStringConverter::Flag::WriteBom);
             QCOMPARE(linesOf(encoder.encode(QString::fromLatin1(content))), expected);
         }
-    }
-
-    void brokenBytesAcrossBlocks()
-    {
         // QTextStream loses characters where bad bytes lie across one of its blocks; one U+FFFD a byte is right.
         for (const int before : {16381, 16382, 16383, 262141, 262142, 262143}) {
             const QString first = QString(before, u'x') + u"\uFFFD\uFFFD\uFFFDy"_s;
