@@ -1,84 +1,83 @@
-// An import plug-in that looks at no file: its laps hold what a host has to cope with.
+// An import plug-in that looks at no file: its laps hold what a host has to cope with. The build says which interface
+// its record names, and whether its object offers that.
 
 #include "plugin/plugininterfaceimport.h"
 
+#include <cmath>
 #include <limits>
 
 using namespace KOV::SDK;
+using namespace Qt::StringLiterals;
 
 class OddPlugin : public QObject, public PluginInterfaceImport
 {
     Q_OBJECT
-    Q_PLUGIN_METADATA(IID "kovdata.PluginInterfaceImport/0.2")
+    Q_PLUGIN_METADATA(IID ODD_PLUGIN_IID)
+#ifndef ODD_PLUGIN_LIES
     Q_INTERFACES(KOV::SDK::PluginInterfaceImport)
+#endif
 
 public:
-    QString pluginName() const override { return QStringLiteral("odd"); }
-    QString sourceName() const override { return {}; }
-    QString pluginVersion() const override { return QStringLiteral("1"); }
-    QList<QString> availableImportFormats() const override { return {}; }
+    QString pluginName() const override
+    {
+        return u"odd"_s;
+    }
+    QString sourceName() const override
+    {
+        return {};
+    }
+    QString pluginVersion() const override
+    {
+        return u"1"_s;
+    }
+    QList<QString> availableImportFormats() const override
+    {
+        return {};
+    }
 
     QList<QSharedPointer<Lap>> import(const QString &path, const QString & /*format*/,
                                       const QMap<QString, QVariant> & /*options*/) override
     {
-        message(QStringLiteral("two\nlines"), 0);
-        if (path.endsWith(QLatin1String("nothing")))
+        message(u"two\nlines"_s, 0);
+        if (path.endsWith(u"nothing"))
             return {};
-        if (path.endsWith(QLatin1String("thrown")))
-            throw 1; // what no host can expect
-        QList<QSharedPointer<Lap>> laps;
-        add(laps, 0, true, QTime(0, 1, 20)); // the fastest, but an out lap
-        add(laps, 1, true, QTime(0, 1, 30, 5));
-        add(laps, 1, true, QTime(0, 1, 30, 5)); // a tie: the earlier counts
-        add(laps, 1, true, QTime(0, 59, 59));
-        add(laps, 1, true, QTime(0, 0));
-        add(laps, 1, false, QTime(0, 1, 0)); // not completed
-        add(laps, -1, true, QTime());
-        laps.insert(3, nullptr);
-        return laps;
+        if (path.endsWith(u"thrown"))
+            throw 1;                                 // what no host can expect
+        return {lapOf(40, 0, true, QTime(0, 1, 20)), // the fastest, but an out lap
+                lapOf(41, 1, true, QTime(0, 1, 30, 5)),
+                lapOf(42, 1, true, QTime(0, 1, 30, 5)), // a tie: the earlier counts
+                nullptr,
+                lapOf(43, 1, true, QTime(0, 59, 59)),
+                lapOf(44, 1, true, QTime(0, 0)),
+                lapOf(45, 1, false, QTime(0, 1, 0)), // not completed
+                lapOf(46, -1, true, QTime())};
     }
 
 private:
-    static void add(QList<QSharedPointer<Lap>> &laps, int kind, bool completed, QTime time)
+    static QSharedPointer<Lap> lapOf(qint32 number, qint32 kind, bool completed, QTime time)
     {
-        const double infinity = std::numeric_limits<double>::infinity();
-        const auto lap = QSharedPointer<Lap>::create();
-        lap->header().lapKind = kind;
-        lap->header().completed = completed;
-        lap->header().lapTime = time;
-        lap->header().lapNumber = static_cast<qint32>(laps.size()) + 40;
-        lap->header().venueName = QStringLiteral("\x1b[2JN\nring");
-        lap->header().dynamicData.setValue(QStringLiteral("b"), 0.1, QStringLiteral("mm"));
-        lap->header().dynamicData.setValue(QStringLiteral("Z"), QStringLiteral("soft"), QString());
+        auto lap = QSharedPointer<Lap>::create();
+        LapHeader &header = lap->header();
+        header.lapNumber = number;
+        header.lapKind = kind;
+        header.completed = completed;
+        header.lapTime = time;
+        header.venueName = u"\x1b[2JN\nring"_s;
         const double none = invalidValue;
-        const double nan = std::numeric_limits<double>::quiet_NaN();
-        const qlonglong lowest = std::numeric_limits<qlonglong>::min();
-        const QVariantList kinds{QVariant::fromValue('a'),
-                                 QVariant::fromValue<signed char>(-3),
-                                 QVariant::fromValue<uchar>(200),
-                                 QVariant::fromValue<short>(-4),
-                                 QVariant::fromValue<ushort>(65535),
-                                 -5,
-                                 4294967295U,
-                                 QVariant::fromValue<long>(lowest),
-                                 QVariant::fromValue<ulong>(9007199254740993U),
-                                 lowest,
-                                 std::numeric_limits<qulonglong>::max(),
-                                 true,
-                                 0.1F,
-                                 nan,
-                                 QVariant::fromValue(nullptr)};
-        for (const QVariant &value : kinds)
-            lap->header().dynamicData.setValue(QLatin1String(value.typeName()), value, QString());
-        const Channel numbers{-0.0, 0.1, none, nan, infinity, 1e-7};
-        const Channel more{-infinity, 1.0 / 3, 123456789.0, none, none, none};
-        lap->addChannel(QSharedPointer<Channel>::create(numbers), QStringLiteral("a,\"b\""));
-        lap->addChannel(QSharedPointer<Channel>::create(more), QStringLiteral("東"));
-        lap->addChannel(QSharedPointer<Channel>::create(Channel{none, none, none, none, none, none}),
-                        QStringLiteral("none"));
-        lap->addCalculatedChannel(QSharedPointer<Channel>::create(Channel{7.0}), QStringLiteral("none"));
-        lap->addCalculatedChannel(QSharedPointer<Channel>::create(Channel{8.0}), QStringLiteral("sum"));
-        laps.append(lap);
+        const double infinity = std::numeric_limits<double>::infinity();
+        constexpr quint64 bytes = 0x8182838485868788; // negative in any signed type, and too long for a double
+        for (const char *type : {"char", "signed char", "uchar", "short", "ushort", "int", "uint", "long", "ulong",
+                                 "qlonglong", "qulonglong", "std::nullptr_t"})
+            header.dynamicData.setValue(QLatin1String(type), QVariant(QMetaType::fromName(type), &bytes), QString());
+        for (const QVariant &value : {QVariant(true), QVariant(0.1F), QVariant(-infinity)})
+            header.dynamicData.setValue(QLatin1String(value.typeName()), value, QString());
+        const auto channel = [](const Channel &samples) { return QSharedPointer<Channel>::create(samples); };
+        lap->addChannel(channel({-0.0, 0.1, none, std::nan(""), infinity, 1e-7}), u"a,\"b\""_s);
+        lap->addChannel(channel({-infinity, 1.0 / 3, 123456789.0, none, none, none}), u"東"_s);
+        lap->addChannel(channel({none, none, none, none, none, none}), u"none"_s);
+        lap->addCalculatedChannel(channel({7.0}), u"none"_s);
+        lap->addCalculatedChannel(channel({8.0}), u"sum"_s);
+        return lap;
     }
 };
 
