@@ -69,7 +69,7 @@ private Q_SLOTS:
         row("after the cut", cut, falls, last(90.416F), QTime(0, 1, 30, 416));
         row("at the cut", cut, {87, 88, 89, 90, 0, 1, 2, 3, 4, 5}, last(0), QTime(0, 0, 5));
         row("before the cut", cut, {87, 88, 89, 0, 1, 2, 3, 4, 5, 6}, last(0), {});
-        row("of exactly 5", cut, {1, 2, 3, 4, 5, 6, 1, 8, 2, 3}, last(0), QTime(0, 0, 9));
+        row("of exactly 5, then a little more", cut, {1, 2, 3, 4, 5, 6, 1, 8, 2.98F, 3}, last(0), QTime(0, 0, 9));
         row("past a NaN", cut, {9, 9, 9, 9, 9, notANumber, 0, 0, 9, 0}, last(0), QTime(0, 0, 10));
         row("half a millisecond", cut, falls, last(.0625F + 1), QTime(0, 0, 1, 63));
         row("zero", cut, falls, last(0), QTime(0, 0));
