@@ -1,5 +1,6 @@
 #include "host/jsonreport.h"
 
+#include "host/laps.h"
 #include "host/logreader.h"
 #include "host/output.h"
 #include "host/selection.h"
@@ -49,7 +50,7 @@ rapidjson::SizeType sizeOf(const QByteArray &text)
 
 void writeName(const QString &name, JsonWriter &json)
 {
-    const QByteArray text = name.toUtf8(); // half a surrogate pair becomes U+FFFD
+    const QByteArray text = name.toUtf8();
     json.Key(text.constData(), sizeOf(text));
 }
 

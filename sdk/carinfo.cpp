@@ -101,7 +101,7 @@ QVariant readDateTime(QDataStream &stream)
 ///
 /// QVariant's own reader would read any registered type, reserve whatever length a list claims, and call itself for
 /// every level of a nested list, so a few bytes of a damaged stream could end the process. Lists and maps convert to
-/// none of a car's members, but for a list of one text; they are read past.
+/// none of a car's members and are read past, all but lists of texts: one of a single text converts to it.
 QVariant readValue(QDataStream &stream, int depth = 0)
 {
     quint32 type = 0;
@@ -135,7 +135,7 @@ QVariant readValue(QDataStream &stream, int depth = 0)
         });
         return {};
     case QMetaType::QStringList: {
-        QStringList texts; // one of a single text converts to that text
+        QStringList texts;
         readItems(stream, [&] {
             QString text;
             stream >> text;

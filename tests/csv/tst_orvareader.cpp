@@ -1,9 +1,14 @@
+// From a text export to its laps, and how a row loses its quotes (csv/csvtext.h).
+
 #include "testing.h"
 
 #include "csv/csvtext.h"
 #include "csv/orvareader.h"
 
 #include <QtTest/QSignalSpy>
+
+#include <cmath>
+#include <limits>
 
 using namespace KOV::SDK;
 using namespace Testing;

@@ -89,7 +89,8 @@ private Q_SLOTS:
     void initTestCase()
     {
         // Numbers in a locale with a decimal comma, where it is installed, and texts in one that is not of UTF-8.
-        qunsetenv("LC_ALL");
+        for (const char *variable : {"LC_ALL", "LC_CTYPE", "LC_MESSAGES", "LANGUAGE"})
+            qunsetenv(variable);
         qputenv("LANG", "C");
         qputenv("LC_NUMERIC", "de_DE.UTF-8");
         files.write(u"log.csv"_s, exportText);

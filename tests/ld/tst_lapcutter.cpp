@@ -1,3 +1,5 @@
+// Where laps are cut out of a log's channels, and which times they get.
+
 #include "ldwriter.h"
 #include "testing.h"
 
@@ -46,14 +48,17 @@ private Q_SLOTS:
     {
         QFETCH(Floats, counter);
         QFETCH(std::size_t, distanceLength);
-        const Laps laps = cutLaps({{u"lap"_s, LdWriter::channel("lap", {}, "m").header}},
-                                  {{u"lap"_s, counter}, {u"lapdistpct"_s, Floats(distanceLength)}});
+        const Laps laps = cutLaps({{u"lap"_s, LdWriter::channel("lap", {}, "m").header},
+                                   {u"lapdistpct"_s, LdWriter::channel("lapdistpct", {}, "pu").header}},
+                                  {{u"lap"_s, counter}, {u"lapdistpct"_s, Floats(distanceLength, .25F)}});
         Ints sizes;
         Ints numbers;
         for (const auto &lap : laps) {
             sizes.append(static_cast<int>(lap->size()));
             numbers.append(lap->header().lapNumber);
             QCOMPARE(lap->channel(u"lap"_s)->unit(), u"m"_s);
+            QCOMPARE(lap->channel(u"lapdistpct"_s)->unit(), u"pu"_s);
+            QVERIFY(sameSamples(*lap, "lapdistpct", std::vector<double>(static_cast<std::size_t>(lap->size()), .25)));
         }
         QVERIFY(areSound(laps));
         QTEST(sizes, "sizes");

@@ -1,3 +1,5 @@
+// The binary log as it lies on disk: blocks, records, samples, and what is believed of them.
+
 #include "ldwriter.h"
 #include "testing.h"
 

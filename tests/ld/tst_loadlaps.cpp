@@ -1,3 +1,5 @@
+// From the path of a binary log to its laps; beside the text road; and what a log may cost.
+
 #include "ldwriter.h"
 #include "testing.h"
 
@@ -81,6 +83,7 @@ private Q_SLOTS:
             QCOMPARE(other.lapTime, header.lapTime);
             QCOMPARE(other.session, header.session);
             QCOMPARE(other.venueName, header.venueName);
+            QVERIFY(other.dynamicData.isEmpty() && !other.venueName.isEmpty()); // the sidecar is the text road's
             QVERIFY(membersOf(other.carInfo) == membersOf(header.carInfo));
             for (const QString &name : text[i]->getAvailableRecordedChannels()) {
                 const auto channel = text[i]->channel(name);

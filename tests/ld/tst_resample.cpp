@@ -1,3 +1,5 @@
+// Channels brought to another rate.
+
 #include "testing.h"
 
 #include "ld/resample.h"

@@ -1,3 +1,5 @@
+// Channels that shrink and grow, and the repairs of a lap's edges.
+
 #include "testing.h"
 
 #include "sdk/channelutils.h"
@@ -25,6 +27,7 @@ private Q_SLOTS:
         channel.popBack();
         QVERIFY(sameSamples(channel.samples(), {2, 5}));
         channel.popFront(2);
+        QVERIFY(channel.isEmpty() && channel.samples().data() == block); // the room stays
         channel.shrinkToFit();
         QVERIFY(channel.isEmpty() && !channel.samples().data());
     }
@@ -49,7 +52,9 @@ private Q_SLOTS:
         QFETCH(Channel, samples);
         QFETCH(Channel, reference);
         QFETCH(Doubles, expected);
+        samples.setUnit(u"s"_s);
         ChannelUtils::normalizeChannelBeginning(&samples, &reference);
+        QCOMPARE(samples.unit(), u"s"_s);
         QVERIFY(sameSamples(samples.samples(), expected));
     }
 

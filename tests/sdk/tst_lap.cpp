@@ -1,6 +1,10 @@
+// Laps, their channels and named values, and the texts of a header's numbers.
+
 #include "testing.h"
 
 #include "sdk/sdk_utils.h"
+
+#include <cmath>
 
 using namespace KOV::SDK;
 using namespace Testing;

@@ -89,8 +89,10 @@ private Q_SLOTS:
                 QDataStream writer(&bytes, QIODevice::WriteOnly);
                 QDataStream reference(&expected, QIODevice::WriteOnly);
                 QDataStream reader(&bytes, QIODevice::ReadOnly);
-                for (QDataStream *stream : {&writer, &reference, &reader})
+                for (QDataStream *stream : {&writer, &reference, &reader}) {
                     stream->setVersion(version);
+                    stream->setByteOrder(version % 2 == 0 ? QDataStream::BigEndian : QDataStream::LittleEndian);
+                }
                 writer << car;
                 reference << mapOf(car);
                 QVERIFY2(bytes == expected, QByteArray::number(version));
@@ -112,6 +114,7 @@ private Q_SLOTS:
             {u"detailedTelemetry"_s, {u"true"_s, u"false"_s, 2U}},
             {u"carId"_s, {"bytes"_ba, 1.5, time, time.toUTC(), time.toOffsetFromUtc(3600), QVariant()}},
             {u"carId"_s, {QStringList{u"one"_s}, QStringList{u"one"_s, u"two"_s}, QVariantList{u"one"_s}}},
+            {u"carId"_s, {QVariant::fromValue(QByteArrayList{"one"})}},
             {u"further"_s, {QPointF(1, 2), QRegularExpression(u"x*"_s), QUuid::createUuid()}},
             {u"further"_s, {QVariant::fromValue(u'x'), QVariant::fromValue(nullptr)}},
             {u"further"_s, {QVariantList{1, nested, QVariantList(), QVariant::fromValue(QByteArrayList{"x"})}, u'c'}}};
@@ -131,12 +134,12 @@ private Q_SLOTS:
 
     void laterKeyCountsAndFormerErrorStays()
     {
-        CarInfo car;
+        CarInfo car = filledCar(u"former "_s); // of which nothing stays
         const QString key = u"carId"_s;
         QDataStream stream(streamed(2U, key, QVariant(u"first"_s), key, QVariant(u"later"_s)));
         stream.setStatus(QDataStream::ReadCorruptData);
         stream >> car;
-        QCOMPARE(car.carId, u"later"_s);
+        QCOMPARE(mapOf(car), convertedMap({{key, u"later"_s}}));
         QCOMPARE(stream.status(), QDataStream::ReadCorruptData);
     }
 
