@@ -4,7 +4,6 @@
 #include "testing.h"
 
 #include "csv/orvareader.h"
-#include "ld/ldx.h"
 #include "ld/loadlaps.h"
 
 #include <cmath>
@@ -57,15 +56,6 @@ private Q_SLOTS:
         }
     }
 
-    void sessions()
-    {
-        using enum Session;
-        QList<Session> sessions;
-        for (const QString &word : u"Race,Offline testing,Test,Qualify,Practice,Warmup,race"_s.split(u','))
-            sessions.append(getSessionFromString(word));
-        QCOMPARE(sessions, QList<Session>({Race, TestSession, TestSession, Qualify, Practice, Warmup, UnknownSession}));
-    }
-
     // One simulated drive was written in both formats; the two roads must tell the same story of its whole laps.
     void twoRoads()
     {
@@ -94,6 +84,22 @@ private Q_SLOTS:
                          qPrintable(name));
             }
         }
+    }
+
+    // Twenty channels that claim what no log of three kilobytes holds, each within what is believed of one.
+    void hostileShortLog()
+    {
+        std::vector<LdWriter::Channel> channels{channel("lapdistpct", {}), channel("lap", {})};
+        for (int i = 0; i < 18; ++i)
+            channels.push_back(channel(QByteArray::number(i), {}));
+        for (LdWriter::Channel &entry : channels)
+            entry.header.sampleCount = static_cast<quint32>(ldSampleAllowance(0) / 12);
+        rusage before{};
+        rusage after{};
+        getrusage(RUSAGE_SELF, &before);
+        QVERIFY(!loadLaps(files.write(u"short.ld"_s, LdWriter::log(channels))).isEmpty());
+        getrusage(RUSAGE_SELF, &after);
+        QVERIFY(isSanitized || after.ru_maxrss - before.ru_maxrss < 128L * 1024);
     }
 
     // Logs of 1 MiB, and their first 64 bytes. All channels claim the same bytes, which are not there; a counter that

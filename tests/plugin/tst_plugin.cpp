@@ -29,7 +29,9 @@ QByteArray exportOf(int lapCount)
 class OtherPlugin : public PluginInterfaceImport
 {
 public:
-    QString pluginName() const override { return u"name %1"_s; }
+    QString name = u"name %1"_s;
+
+    QString pluginName() const override { return name; }
     QString sourceName() const override { return {}; }
     QString pluginVersion() const override { return {}; }
     QList<QString> availableImportFormats() const override { return {}; }
@@ -101,8 +103,11 @@ private Q_SLOTS:
         const QSignalSpy spy(other.dataEmitter(), &DataEmitter::sendMessage);
         other.message(u" a text. "_s, -7);
         other.message(u"[x] 100 %1"_s, 100);
+        other.name = u"renamed"_s;
+        other.message({}, 0);
         QCOMPARE(spy[0], QVariantList({u"[name %1 plugin]  a text. "_s, -7}));
         QCOMPARE(spy[1], QVariantList({u"[name %1 plugin] [x] 100 %1"_s, 100}));
+        QCOMPARE(spy[2], QVariantList({u"[renamed plugin] "_s, 0}));
     }
 
     void importsAtOnce()

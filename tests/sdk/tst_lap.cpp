@@ -140,6 +140,10 @@ private Q_SLOTS:
                 header.carInfo.detailedTelemetry);
         QCOMPARE(sessionName(header.session), u"Unknown session"_s);
         QCOMPARE(carStatusToString(header.carInfo.status), u"Not connected"_s);
+        QCOMPARE(sessionName(static_cast<Session>(127)), u"Other session"_s);
+        for (const int number : {-2, 12, 126, 128}) // no session, and no status
+            QVERIFY(sessionName(static_cast<Session>(number)) == u"Unknown session" &&
+                    carStatusToString(static_cast<CarStatus>(number)).isNull());
     }
 };
 
