@@ -1,5 +1,4 @@
-// The library in a host that runs for days: imports side by side, a thousand of them, and a root object that comes
-// and goes.
+// The library in a host that runs for days: imports side by side, and a thousand of them.
 
 #include "ld/loadlaps.h"
 #include "plugin/plugininterfaceimport.h"
@@ -66,17 +65,6 @@ private Q_SLOTS:
         }
         // Pages of one mebibyte, where a leak of one byte in a hundred would be thirty.
         QVERIFY(isSanitized || residentPages() - settled <= 256);
-    }
-
-    void rootObjectComesAndGoes()
-    {
-        const qint64 before = residentPages();
-        for (int i = 0; i < 100; ++i) {
-            QVERIFY(plugin() && plugin()->import(samples, QString(), {}).isEmpty());
-            delete loader.instance();
-            QVERIFY(loader.instance());
-        }
-        QVERIFY(isSanitized || residentPages() - before <= 256);
     }
 };
 
