@@ -140,11 +140,9 @@ QList<QSharedPointer<Lap>> ORVAReader::importLaps(const QString &path)
     session = Session::UnknownSession;
 
     QFile file(path);
-    const QFileInfo fileInfo(file);
     const bool isPath = !path.contains(QChar(u'\0')); // Qt complains aloud about others
-    if (isPath && fileInfo.isFile() && file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        const QString sidecar =
-            fileInfo.absolutePath() + QLatin1Char('/') + fileInfo.baseName() + QLatin1String(".ldx");
+    if (isPath && QFileInfo(file).isFile() && file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        const QString sidecar = sidecarPath(path);
         session = loadSession(sidecar);
         const QMap<QString, Value> ldxValues = loadValues(sidecar);
         startStint();

@@ -98,7 +98,7 @@ Log loadLdLog(const QString &path)
     Log log{path, loadLaps(path), {}};
     if (log.laps.isEmpty())
         throw Failure(path + QLatin1String(": a binary .ld log without laps, ") + whyNoLaps(path));
-    const auto setup = loadValues(sidecarOf(path));
+    const auto setup = loadValues(sidecarPath(path));
     for (const auto &lap : std::as_const(log.laps)) {
         for (auto entry = setup.cbegin(); entry != setup.cend(); ++entry)
             lap->header().dynamicData.setValue(entry.key(), entry.value());
@@ -107,12 +107,6 @@ Log loadLdLog(const QString &path)
     if (!missing.isEmpty())
         log.messages.append(missingRemark(path, missing));
     return log;
-}
-
-QString sidecarOf(const QString &path)
-{
-    const QFileInfo log(path);
-    return log.absolutePath() + u'/' + log.baseName() + QLatin1String(".ldx");
 }
 
 } // namespace Host

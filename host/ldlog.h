@@ -13,7 +13,4 @@ namespace Host {
 /// Throws Failure where there are no laps, with the reason.
 Log loadLdLog(const QString &path);
 
-/// The .ldx sidecar of the log at @p path: beside it, under the part of its name before the first dot.
-QString sidecarOf(const QString &path);
-
 } // namespace Host

@@ -3,13 +3,13 @@
 
 #include "host/failure.h"
 #include "host/jsonreport.h"
-#include "host/ldlog.h"
 #include "host/logreader.h"
 #include "host/options.h"
 #include "host/output.h"
 #include "host/report.h"
 #include "host/selection.h"
 #include "host/valuetable.h"
+#include "ld/ldx.h"
 
 #include <QtCore/QCoreApplication>
 
@@ -34,7 +34,7 @@ void printRemarks(const Log &log, const Options &options, const Selection &selec
     if (options.view == Options::View::Values && !options.lap)
         printError(QStringLiteral("Values of the lap with index %1; --lap picks another").arg(selection.laps.front()));
     if (options.view == Options::View::Setup && log.laps[selection.laps.front()]->header().dynamicData.isEmpty())
-        printError(QStringLiteral("%1: no setup values, expected them in %2").arg(log.path, sidecarOf(log.path)));
+        printError(QStringLiteral("%1: no setup values, expected them in %2").arg(log.path, sidecarPath(log.path)));
 }
 
 void printLog(const Log &log, const Options &options, Output &output)

@@ -89,6 +89,12 @@ Session getSessionFromString(const QString &text)
     return Session::UnknownSession;
 }
 
+QString sidecarPath(const QString &logPath)
+{
+    const QFileInfo log(logPath);
+    return logPath.isEmpty() ? QString() : log.absolutePath() + u'/' + log.baseName() + QLatin1String(".ldx");
+}
+
 Session loadSession(const QString &path)
 {
     SidecarReader sidecar(path);

@@ -16,6 +16,10 @@
 /// "Warmup", exactly so; UnknownSession for any other text. Thread-safe.
 ORVA_EXPORT KOV::SDK::Session getSessionFromString(const QString &text);
 
+/// The path of the sidecar of the log at @p logPath: in its folder, named by the log's name up to the first dot.
+/// Absolute; neither file need exist. Empty for an empty path. Re-entrant.
+ORVA_EXPORT QString sidecarPath(const QString &logPath);
+
 /// The session that the sidecar at @p path names: the "Value" of the first element, wherever it stands, whose "Id" is
 /// "Event". UnknownSession when there is none, when its word is not known, or when the file cannot be read or breaks
 /// off before it. Re-entrant.

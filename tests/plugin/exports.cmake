@@ -3,7 +3,8 @@ cmake_minimum_required(VERSION 3.25)
 
 set(free_functions
   cutLaps getSessionFromString ldSampleAllowance ldSampleCount ldText loadLaps loadSession loadValues processCsvString
-  readLd readLdChannel readLdChannelHeaders readLdChannels resample resampledLength)
+  readLd readLdChannel readLdChannelHeaders readLdChannels resample resampledLength
+  sidecarPath)
 
 function(run output)
   execute_process(COMMAND ${ARGN} OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
