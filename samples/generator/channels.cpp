@@ -150,6 +150,18 @@ std::vector<Channel> carChannels()
     };
 }
 
+// Metres from the line. They have no random part, so they stand among the others without taking a source of chance from
+// them.
+std::vector<Channel> positionChannels()
+{
+    return {
+        {"Pos X", "m", 2, [](const CarState &s) { return s.east; }, 0.0, 1.0, {60, 4}},
+        {"Pos Y", "m", 2, [](const CarState &s) { return s.north; }, 0.0, 1.0, {60, 4}},
+    };
+}
+
+constexpr std::ptrdiff_t beforePositions = 13; // the channels of lap and driver come first
+
 // A channel without a meaning: a sensor value that wanders round a centre of its own.
 Channel auxiliary(int number)
 {
@@ -189,14 +201,16 @@ double Channel::scaledValue(const CarState &state) const
 std::vector<Channel> loggerChannels(quint64 seed, int count)
 {
     std::vector<Channel> channels = carChannels();
-    const auto own = static_cast<int>(channels.size());
-    if (count > 0 && count < own)
-        channels.resize(static_cast<size_t>(count));
+    const std::vector<Channel> positions = positionChannels();
+    const auto own = static_cast<int>(channels.size() + positions.size());
     for (int i = own; i < count; ++i)
         channels.push_back(auxiliary(i - own));
     constexpr quint64 firstStream = 100;
     for (size_t i = 0; i < channels.size(); ++i)
         channels[i].key = chanceKey(seed, firstStream + i);
+    channels.insert(channels.begin() + beforePositions, positions.begin(), positions.end());
+    if (count > 0 && count < own)
+        channels.resize(static_cast<size_t>(count));
     return channels;
 }
 
