@@ -2,7 +2,7 @@
 
 // A complete import plug-in: reads text with a time in seconds and a speed in metres per second on each line.
 
-#include "plugin/plugininterfaceimport.h"
+#include <orva/plugin/plugininterfaceimport.h>
 
 #include <QtCore/QObject>
 

@@ -1,7 +1,7 @@
 // Imports a log through the installed plug-in, by what is installed alone: main LOG prints the laps it got.
 
-#include <plugin/plugininterfaceimport.h>
-#include <sdk/sdk_utils.h>
+#include <orva/plugin/plugininterfaceimport.h>
+#include <orva/sdk/sdk_utils.h>
 
 #include <QtCore/QJsonObject>
 #include <QtCore/QPluginLoader>
