@@ -1,0 +1,106 @@
+#include "inspect/drivingchannels.h"
+
+#include <QtCore/QString>
+
+#include <algorithm>
+#include <array>
+
+namespace Inspect {
+
+namespace {
+
+constexpr std::array<DrivingChannel, 4> driving{{
+    {LapRole::Position, QLatin1String("Lap Dist Pct"), QLatin1String("lapdistpct"), QLatin1String("%"),
+     QLatin1String("%"), QLatin1String("a fall by more than 75 % starts a new lap of a text export"),
+     QLatin1String("a text export stays one lap, and a .ld log gives none")},
+    {LapRole::LapNumber, QLatin1String("Lap Number"), QLatin1String("lap"), QLatin1String(""), QLatin1String(""),
+     QLatin1String("the number of a lap; in a .ld log each rise starts a new lap"),
+     QLatin1String("laps of a text export have the number 0, and a .ld log gives none")},
+    {LapRole::CurrentLapTime, QLatin1String("Lap Current Lap Time"), QLatin1String("lapcurrentlaptime"),
+     QLatin1String("s"), QLatin1String("s"),
+     QLatin1String("the clock within a lap, repaired at its beginning; in a .ld log its fall finds the lap time"),
+     QLatin1String("laps have no running clock, and laps of a .ld log no lap time")},
+    {LapRole::LastLapTime, QLatin1String("Lap Last Lap Time"), QLatin1String("laplastlaptime"), QLatin1String("s"),
+     QLatin1String("s"), QLatin1String("the time of a lap, taken from the lap after it"),
+     QLatin1String("no lap has a lap time")},
+}};
+
+constexpr double percentPerLap = 100.0;
+
+constexpr std::array others{
+    OtherName{QLatin1String("Lap Dist Pct"), LapRole::Position, QLatin1String("%"), 1.0},
+    OtherName{QLatin1String("Car Pos Norm"), LapRole::Position, QLatin1String(""), percentPerLap},
+    OtherName{QLatin1String("Lap Position"), LapRole::Position, QLatin1String("%"), 1.0},
+    OtherName{QLatin1String("Lap Number"), LapRole::LapNumber, QLatin1String(""), 1.0},
+    OtherName{QLatin1String("Lap"), LapRole::LapNumber, QLatin1String(""), 1.0},
+    OtherName{QLatin1String("Session Lap Count"), LapRole::LapNumber, QLatin1String(""), 1.0},
+    OtherName{QLatin1String("Lap Count"), LapRole::LapNumber, QLatin1String(""), 1.0},
+    OtherName{QLatin1String("Lap Current Lap Time"), LapRole::CurrentLapTime, QLatin1String("s"), 1.0},
+    OtherName{QLatin1String("Running Lap Time"), LapRole::CurrentLapTime, QLatin1String("s"), 1.0},
+    OtherName{QLatin1String("Lap Time Running"), LapRole::CurrentLapTime, QLatin1String("s"), 1.0},
+    OtherName{QLatin1String("Lap Time"), LapRole::CurrentLapTime, QLatin1String("s"), 1.0},
+    OtherName{QLatin1String("Lap Last Lap Time"), LapRole::LastLapTime, QLatin1String("s"), 1.0},
+    OtherName{QLatin1String("Last Lap Time"), LapRole::LastLapTime, QLatin1String("s"), 1.0},
+    OtherName{QLatin1String("Lap Distance"), LapRole::LapDistance, QLatin1String("m"), 1.0},
+    OtherName{QLatin1String("Lap Dist"), LapRole::LapDistance, QLatin1String("m"), 1.0},
+    OtherName{QLatin1String("Distance"), LapRole::LogDistance, QLatin1String("m"), 1.0},
+    OtherName{QLatin1String("Beacon"), LapRole::Beacon, QLatin1String(""), 1.0},
+    OtherName{QLatin1String("Lap Beacon"), LapRole::Beacon, QLatin1String(""), 1.0},
+    OtherName{QLatin1String("Beacon (Internal)"), LapRole::Beacon, QLatin1String(""), 1.0},
+    OtherName{QLatin1String("Time"), LapRole::Time, QLatin1String("s"), 1.0},
+};
+
+// Logs differ in these alone: "Lap Beacon", "LAP_BEACON", "lap-beacon".
+QString comparable(QStringView name)
+{
+    return valueName(name).remove(u'_');
+}
+
+} // namespace
+
+std::span<const DrivingChannel> drivingChannels()
+{
+    return driving;
+}
+
+const DrivingChannel &drivingChannel(LapRole role)
+{
+    return driving[static_cast<std::size_t>(role)];
+}
+
+std::span<const OtherName> otherNames()
+{
+    return others;
+}
+
+const OtherName *otherName(QStringView name)
+{
+    const QString wanted = comparable(name);
+    const auto found = std::find_if(others.begin(), others.end(),
+                                    [&](const OtherName &other) { return comparable(QString(other.name)) == wanted; });
+    return found == others.end() ? nullptr : &*found;
+}
+
+const DrivingChannel *drivingChannelOfTitle(QStringView title)
+{
+    const QString wanted = valueName(title);
+    const auto found = std::find_if(driving.begin(), driving.end(), [&](const DrivingChannel &channel) {
+        return valueName(QString(channel.title)) == wanted;
+    });
+    return found == driving.end() ? nullptr : &*found;
+}
+
+const DrivingChannel *drivingChannelOfRecord(QStringView name)
+{
+    const QString wanted = name.toString().toLower();
+    const auto found = std::find_if(driving.begin(), driving.end(),
+                                    [&](const DrivingChannel &channel) { return channel.binaryName == wanted; });
+    return found == driving.end() ? nullptr : &*found;
+}
+
+QString valueName(QStringView title)
+{
+    return title.toString().toLower().remove(u' ').remove(u'-');
+}
+
+} // namespace Inspect

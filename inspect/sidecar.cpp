@@ -1,0 +1,131 @@
+#include "inspect/sidecar.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+#include <QtCore/QXmlStreamReader>
+
+#include <algorithm>
+
+namespace Inspect {
+
+namespace {
+
+// The bounds of the library's reader.
+constexpr qint64 maxBytes = 1 << 20;
+constexpr qint64 maxTokenBytes = 1 << 14;
+constexpr qint64 pieceBytes = 1 << 12;
+constexpr int maxDepth = 64;
+
+constexpr double microsecond = 1e-6;
+
+bool saysBeacon(const QString &text)
+{
+    return text.contains(QLatin1String("beacon"), Qt::CaseInsensitive) || text == QLatin1String("BCN");
+}
+
+class SidecarReader
+{
+public:
+    explicit SidecarReader(const QString &path)
+        : file(path)
+    {
+        const bool isPath = !path.contains(QChar(u'\0')); // Qt complains aloud about others
+        sidecar.exists = isPath && QFileInfo(file).isFile() && file.open(QIODevice::ReadOnly | QIODevice::Text);
+    }
+
+    Sidecar read()
+    {
+        while (sidecar.exists && nextElement())
+            takeElement();
+        return sidecar;
+    }
+
+private:
+    bool endWith(const QString &error)
+    {
+        sidecar.error = error;
+        sidecar.errorLine = xml.lineNumber();
+        return false;
+    }
+
+    // Goes to the next start tag; false where the file ends, breaks off or goes beyond a bound.
+    bool nextElement()
+    {
+        qint64 tokenBytes = 0;
+        for (;;) {
+            const auto token = xml.readNext();
+            if (token == QXmlStreamReader::Invalid) {
+                if (xml.error() != QXmlStreamReader::PrematureEndOfDocumentError)
+                    return endWith(xml.errorString());
+                if (tokenBytes >= maxTokenBytes || allBytes >= maxBytes)
+                    return endWith(QStringLiteral("larger than any logger writes"));
+                const QByteArray piece = file.read(pieceBytes);
+                if (piece.isEmpty())
+                    return endWith(xml.errorString());
+                xml.addData(piece);
+                tokenBytes += piece.size();
+                allBytes += piece.size();
+                continue;
+            }
+            tokenBytes = 0;
+            if (token == QXmlStreamReader::EndDocument)
+                return false;
+            if (token == QXmlStreamReader::EndElement)
+                --depth;
+            if (token == QXmlStreamReader::StartElement)
+                return ++depth <= maxDepth || endWith(QStringLiteral("nested deeper than any logger writes"));
+        }
+    }
+
+    void takeElement()
+    {
+        const QXmlStreamAttributes attributes = xml.attributes();
+        const auto text = [&attributes](const char *name) { return attributes.value(QLatin1String(name)).toString(); };
+        if (xml.name() == QLatin1String("MarkerGroup")) {
+            const QString name = attributes.hasAttribute(QLatin1String("Name")) ? text("Name") : text("Type");
+            sidecar.markerGroups.push_back({name, saysBeacon(text("Name")) || saysBeacon(text("Type")), {}});
+        } else if (xml.name() == QLatin1String("Marker") && !sidecar.markerGroups.empty()) {
+            bool isNumber = false;
+            const double time = attributes.value(QLatin1String("Time")).toDouble(&isNumber);
+            MarkerGroup &group = sidecar.markerGroups.back();
+            if (isNumber)
+                group.times.push_back(time * microsecond);
+            group.isBeacons = group.isBeacons || saysBeacon(text("ClassName"));
+        }
+        if (!attributes.hasAttribute(QLatin1String("Id")))
+            return;
+        const QString id = text("Id");
+        if (id == QLatin1String("Event")) {
+            if (!sidecar.sessionWord)
+                sidecar.sessionWord = text("Value");
+        } else if (id != QLatin1String("Session")) {
+            SidecarItem item{id, text("Value"), std::nullopt, xml.lineNumber()};
+            if (attributes.hasAttribute(QLatin1String("Unit")))
+                item.unit = text("Unit");
+            sidecar.items.append(item);
+        }
+    }
+
+    QFile file;
+    QXmlStreamReader xml;
+    Sidecar sidecar;
+    qint64 allBytes = 0;
+    int depth = 0;
+};
+
+} // namespace
+
+const std::vector<double> &Sidecar::beacons() const
+{
+    static const std::vector<double> none;
+    const auto found = std::find_if(markerGroups.begin(), markerGroups.end(),
+                                    [](const MarkerGroup &group) { return group.isBeacons && !group.times.empty(); });
+    return found == markerGroups.end() ? none : found->times;
+}
+
+Sidecar readSidecar(const QString &path)
+{
+    return SidecarReader(path).read();
+}
+
+} // namespace Inspect
