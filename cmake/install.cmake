@@ -17,6 +17,7 @@ set(public_headers
   sdk/dataemitter.h
   sdk/dynamicdata.h
   sdk/lap.h
+  sdk/lapchannels.h
   sdk/lapheader.h
   sdk/namemap.h
   sdk/liveplugininfo.h

@@ -1,5 +1,7 @@
 #include "csv/columnplan.h"
 
+#include "csv/csvtext.h"
+
 #include <QtCore/QHash>
 
 #include <algorithm>
@@ -34,11 +36,6 @@ private:
     QList<QString> *texts;
 };
 
-QString valueName(QStringView title)
-{
-    return title.toString().toLower().remove(u' ').remove(u'-');
-}
-
 } // namespace
 
 void ColumnPlan::setNames(const QString &row)
@@ -49,7 +46,7 @@ void ColumnPlan::setNames(const QString &row)
     for (const QStringView title : QStringView(row).tokenize(u',')) {
         if (columns.size() == mostColumns)
             break;
-        const qint32 name = index.indexOf(valueName(title));
+        const qint32 name = index.indexOf(Csv::valueName(title));
         lastColumns.resize(static_cast<std::size_t>(names.size()), -1);
         qint32 &last = lastColumns[static_cast<std::size_t>(name)];
         columns.push_back(

@@ -6,6 +6,7 @@
 #include "csv/rowstage.h"
 #include "ld/ldx.h"
 #include "sdk/channelutils.h"
+#include "sdk/lapchannels.h"
 #include "sdk/sdk_utils.h"
 #include "sdk/wholenumber.h"
 
@@ -25,25 +26,15 @@ using KOV::SDK::Lap;
 using KOV::SDK::LapHeader;
 using KOV::SDK::Session;
 using KOV::SDK::Value;
+namespace LapChannels = KOV::SDK::LapChannels;
 
 namespace {
 
-constexpr QLatin1String lapDistanceName("lapdistpct");
-constexpr QLatin1String lapNumberName("lapnumber");
-constexpr QLatin1String lastLapTimeName("laplastlaptime");
-constexpr QLatin1String currentLapTimeName("lapcurrentlaptime");
-
-constexpr double percent = 0.01;
 constexpr double lapCutFall = 0.75;           // of a lap: a larger fall of the distance is the start of a new lap
 constexpr int decimation = 6;                 // a 360-per-second export is thinned to 60 per second
 constexpr long long laterRoom = 32;           // a lap gets room for one part in so many more rows than the one before
 constexpr long long spareRoom = 16;           // one part in so many of a finished lap's room may stand empty
 constexpr long long mostReserved = 1LL << 26; // samples, over all channels, that get room ahead of their rows
-
-QTime placeholderLapTime()
-{
-    return QTime(0, 0, 0, 0).addSecs(3599);
-}
 
 QString withoutQuotes(QString line)
 {
@@ -126,8 +117,8 @@ ORVAReader::ORVAReader(QObject *parent)
 
 void ORVAReader::fixLapTime(Lap *lap)
 {
-    const auto lapTime = lap->channel(currentLapTimeName);
-    const auto lapDistance = lap->channel(lapDistanceName);
+    const auto lapTime = lap->channel(LapChannels::currentTime);
+    const auto lapDistance = lap->channel(LapChannels::distance);
     if (lapTime && lapDistance)
         ChannelUtils::normalizeChannelBeginning(lapTime.get(), lapDistance.get());
 }
@@ -196,7 +187,7 @@ bool ORVAReader::readPreamble(LineReader &lines, ColumnPlan *plan)
 void ORVAReader::readRows(LineReader &lines, const ColumnPlan &plan, qint64 fileSize, qint64 valuesPerLap)
 {
     Allowance allowance(fileSize, valuesPerLap);
-    RowStage stage(&plan, lapDistanceName);
+    RowStage stage(&plan, LapChannels::distance);
     std::span<const double> stagedRow; // the row in hand, where it went the straight road
     // A complete row takes at least a digit and a comma a column: no lap has more of them, whatever the one before had.
     // What a file claims to be long, and is not, must not make the system refuse the memory.
@@ -217,7 +208,7 @@ void ORVAReader::readRows(LineReader &lines, const ColumnPlan &plan, qint64 file
         if (fieldCount == 0)
             continue;
 
-        const double lapDistance = stage.derivedSource(fieldCount) * percent;
+        const double lapDistance = stage.derivedSource(fieldCount) * LapChannels::percent;
         const bool startsLap = isLapCut(lapDistance);
         const long long channelCount = plan.nameCount(fieldCount);
         const long long newChannels = channelCount - plan.nameCount(stage.width());
@@ -247,7 +238,7 @@ void ORVAReader::readRows(LineReader &lines, const ColumnPlan &plan, qint64 file
     stage.flush();
     if (!stagedRow.empty()) { // it stays in `sample`, whichever way it went
         enterRow(plan, stagedRow);
-        sample.dynamicData.setValue(lapDistanceName, lastLapDistPct, QString());
+        sample.dynamicData.setValue(LapChannels::distance, lastLapDistPct, QString());
     }
 }
 
@@ -300,13 +291,13 @@ void ORVAReader::startLap()
     LapHeader &header = lap.header();
     header.lapId = QUuid::createUuid();
     header.stintLapIndex = ++lapCounter;
-    header.lapNumber = KOV::SDK::wholeNumber(sample.dynamicData.value(lapNumberName));
+    header.lapNumber = KOV::SDK::wholeNumber(sample.dynamicData.value(LapChannels::number));
     header.lapKind = 1;
 }
 
 double ORVAReader::sampledLapDistance() const
 {
-    return sample.dynamicData.value(lapDistanceName).toDouble() * percent;
+    return sample.dynamicData.value(LapChannels::distance).toDouble() * LapChannels::percent;
 }
 
 bool ORVAReader::isLapCut(double lapDistance) const
@@ -317,7 +308,7 @@ bool ORVAReader::isLapCut(double lapDistance) const
 void ORVAReader::processData()
 {
     const double lapDistance = sampledLapDistance();
-    sample.dynamicData.setValue(lapDistanceName, lapDistance, QString());
+    sample.dynamicData.setValue(LapChannels::distance, lapDistance, QString());
     if (isLapCut(lapDistance))
         processLap(true);
     lastLapDistPct = lapDistance;
@@ -329,7 +320,7 @@ void ORVAReader::processLap(bool completed)
     LapHeader &header = lap.header();
     header.completed = completed;
     if (!completed)
-        header.lapTime = placeholderLapTime();
+        header.lapTime = KOV::SDK::placeholderLapTime();
     header.carInfo.driverName = driver;
     header.carInfo.carName = vehicle;
     header.venueName = venue;
@@ -345,8 +336,8 @@ void ORVAReader::processLap(bool completed)
 
 void ORVAReader::preprocessLap()
 {
-    if (const auto lapDistance = lap.channel(lapDistanceName))
-        lapDistance->setUnit(QStringLiteral("pu"));
+    if (const auto lapDistance = lap.channel(LapChannels::distance))
+        lapDistance->setUnit(LapChannels::distanceUnit);
 }
 
 // Channels grow ahead of their samples; a finished lap keeps no more room than it may need for a lap of usual length.
@@ -362,7 +353,7 @@ void ORVAReader::releaseSpareRoom()
 void ORVAReader::setLapTimes()
 {
     for (qsizetype i = 0; i + 1 < laps.size(); ++i) {
-        const auto lastLapTime = laps[i + 1]->channel(lastLapTimeName);
+        const auto lastLapTime = laps[i + 1]->channel(LapChannels::lastTime);
         if (!lastLapTime)
             continue;
         LapHeader &header = laps[i]->header();
@@ -371,6 +362,6 @@ void ORVAReader::setLapTimes()
             header.lapTime = QTime(0, 0, 0, 0).addMSecs(wholeMilliseconds(seconds));
         fixLapTime(laps[i].get());
         if (header.lapTime.isNull() || header.lapTime == QTime(0, 0, 0, 0))
-            header.lapTime = placeholderLapTime();
+            header.lapTime = KOV::SDK::placeholderLapTime();
     }
 }

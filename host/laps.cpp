@@ -14,9 +14,8 @@ namespace Host {
 
 bool hasLapTime(QTime time)
 {
-    const QTime noLapTime(0, 59, 59);
     const QTime wrapped(23, 0); // a logged time below zero counts back from midnight
-    return time.isValid() && time != noLapTime && time != QTime(0, 0) && time < wrapped;
+    return time.isValid() && time != KOV::SDK::placeholderLapTime() && time != QTime(0, 0) && time < wrapped;
 }
 
 std::optional<qsizetype> bestLap(const Laps &laps)

@@ -6,6 +6,7 @@
 #include "ld/ldx.h"
 #include "ld/loadlaps.h"
 #include "ld/resample.h"
+#include "sdk/lapchannels.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
@@ -46,7 +47,7 @@ QString whyNoLaps(const QString &path)
     const std::vector<LdChannelHeader> headers = readLdChannelHeaders(stream, data);
     if (std::all_of(headers.begin(), headers.end(), [](const auto &header) { return ldSampleCount(header) == 0; }))
         return QStringLiteral("it holds no channels of a readable kind (16 or 32 bit integers, with a sample rate)");
-    for (const QLatin1String name : {QLatin1String("lap"), QLatin1String("lapdistpct")}) {
+    for (const QLatin1String name : {KOV::SDK::LapChannels::counter, KOV::SDK::LapChannels::distance}) {
         const qint64 samples = usableSamples(headers, name);
         if (samples == 0)
             return QStringLiteral("it holds no \"%1\" channel").arg(name);

@@ -1,5 +1,6 @@
 #include "host/selection.h"
 
+#include "csv/csvtext.h"
 #include "host/failure.h"
 #include "host/logreader.h"
 #include "host/options.h"
@@ -16,16 +17,11 @@ bool isViewOfOneLap(Options::View view)
     return view != Options::View::LapTable && view != Options::View::Json;
 }
 
-// Text exports lose case, blanks and minus signs of their column names, so these are what people get wrong.
-QString spokenForm(QString name)
-{
-    return name.toLower().remove(u' ').remove(u'-');
-}
-
 QString hint(const KOV::SDK::Lap &lap, const QString &name)
 {
     for (const NamedChannel &named : channelsOf(lap)) {
-        if (spokenForm(named.name) == spokenForm(name))
+        // Imports change the case of names, and take blanks and minus signs out of some.
+        if (Csv::valueName(named.name) == Csv::valueName(name))
             return QStringLiteral("did you mean \"%1\"?").arg(named.name);
     }
     return QStringLiteral("--channels lists those it has");

@@ -20,7 +20,6 @@ using KOV::SDK::LapHeader;
 
 namespace {
 
-constexpr double percent = 0.01;
 constexpr float timerRestart = 5.0F; // seconds: a larger fall of the running time is the start of a lap
 constexpr float millisecondsPerSecond = 1000.0F;
 constexpr int millisecondsPerDay = 24 * 60 * 60 * 1000;
@@ -116,7 +115,7 @@ void LapBuilder::addChannel(const QString &name, const LdChannelHeader &header, 
     QString unit = ldText(header.unit);
     const bool inPercent = unit == QLatin1String("%") && ldText(header.name) == LapChannels::distance;
     if (inPercent)
-        unit = QStringLiteral("pu");
+        unit = LapChannels::distanceUnit;
     const qint64 available = std::ssize(samples);
     for (std::size_t i = 0; i < pieces.size(); ++i) {
         const auto [begin, end] = pieces[i];
@@ -126,7 +125,7 @@ void LapBuilder::addChannel(const QString &name, const LdChannelHeader &header, 
         const qint64 from = std::min(begin, available);
         const qint64 recorded = std::min(end, available) - from;
         appendWidened(*channel, samples.subspan(static_cast<std::size_t>(from), static_cast<std::size_t>(recorded)),
-                      inPercent ? percent : 1.0);
+                      inPercent ? LapChannels::percent : 1.0);
         channel->append(end - begin - recorded, invalidValue);
         laps[static_cast<qsizetype>(i)]->addChannel(std::move(channel), name);
     }

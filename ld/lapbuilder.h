@@ -5,6 +5,7 @@
 
 #include "ld/ldfile.h"
 #include "sdk/lap.h"
+#include "sdk/lapchannels.h"
 
 #include <QtCore/QList>
 #include <QtCore/QSharedPointer>
@@ -13,13 +14,7 @@
 #include <span>
 #include <vector>
 
-/// The names, in lower case, of the channels that drive the cutting.
-namespace LapChannels {
-inline constexpr QLatin1String distance("lapdistpct");
-inline constexpr QLatin1String counter("lap");
-inline constexpr QLatin1String currentTime("lapcurrentlaptime");
-inline constexpr QLatin1String lastTime("laplastlaptime");
-} // namespace LapChannels
+namespace LapChannels = KOV::SDK::LapChannels;
 
 class LapBuilder
 {

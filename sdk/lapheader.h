@@ -13,6 +13,12 @@
 
 namespace KOV::SDK {
 
+/// What a text import gives to a lap that has no time of its own.
+inline QTime placeholderLapTime()
+{
+    return QTime(0, 59, 59);
+}
+
 /// A lap's descriptive data; a plain value, read and written directly through Lap::header().
 class ORVA_EXPORT LapHeader
 {
@@ -21,8 +27,9 @@ public:
     CarInfo carInfo;
     QDateTime dateTime; ///< no importer of this library knows it
     QString textA;      ///< at the host's disposal
-    /// Whole milliseconds counted from 00:00:00.000; invalid where it is not known. A text import gives the
-    /// unfinished lap 00:59:59.000, and so every lap without a usable time where the log has "Lap Last Lap Time".
+    /// Whole milliseconds counted from 00:00:00.000; invalid where it is not known. A text import gives
+    /// placeholderLapTime() to the unfinished lap, and to every lap without a usable time where the log has
+    /// "Lap Last Lap Time".
     QTime lapTime;
     QString venueName; ///< the track
     QString textB;     ///< at the host's disposal
