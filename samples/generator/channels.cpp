@@ -214,4 +214,9 @@ std::vector<Channel> loggerChannels(quint64 seed, int count)
     return channels;
 }
 
+bool isLapChannel(const Channel &channel)
+{
+    return channel.name.startsWith("Lap ");
+}
+
 } // namespace samples

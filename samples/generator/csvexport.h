@@ -5,7 +5,8 @@
 #include "channels.h"
 #include "drive.h"
 #include "loginfo.h"
-#include "outputfile.h"
+
+#include "inspect/blockwriter.h"
 
 namespace samples {
 
@@ -21,8 +22,8 @@ enum class CsvStyle
 std::vector<Channel> csvColumns(quint64 seed, int count, CsvStyle style);
 
 /// Writes the head and all samples of @p drive at @p rate per second, or as many of them as @p file takes.
-void writeCsv(OutputFile &file, Drive &drive, const std::vector<Channel> &columns, const LogInfo &info, int rate,
-              CsvStyle style);
+void writeCsv(Inspect::BlockWriter &file, Drive &drive, const std::vector<Channel> &columns, const LogInfo &info,
+              int rate, CsvStyle style);
 
 /// How many rows make a file of about @p sizeBytes, judged by the first rows of @p drive.
 qint64 csvRowsForSize(Drive &drive, const std::vector<Channel> &columns, int rate, CsvStyle style, qint64 sizeBytes);

@@ -63,6 +63,15 @@ void Drive::setSampleCount(qint64 count, int rate)
     endTicks = count * ticksPerSecond / rate;
 }
 
+std::vector<double> Drive::lineCrossings()
+{
+    std::vector<double> crossings;
+    for (restart(); lapStartTicks + lapTicks < endTicks; nextLap())
+        crossings.push_back(seconds(lapStartTicks + lapTicks));
+    restart();
+    return crossings;
+}
+
 void Drive::restart()
 {
     state = {};

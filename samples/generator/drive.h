@@ -54,6 +54,8 @@ public:
     [[nodiscard]] qint64 sampleCount(int rate) const;
     /// Lets the drive last for @p count samples of @p rate instead of a number of laps.
     void setSampleCount(qint64 count, int rate);
+    /// When the car crosses the line, in seconds from the log's start.
+    [[nodiscard]] std::vector<double> lineCrossings();
     /// The car at the instant of sample @p index; valid until the next call.
     const CarState &at(qint64 index, int rate);
 

@@ -155,7 +155,7 @@ void writeInteger(char *out, qint64 value)
     qToLittleEndian(static_cast<T>(std::clamp(value, least, most)), out);
 }
 
-void writeSamples(OutputFile &file, Drive &drive, const Entry &entry)
+void writeSamples(Inspect::BlockWriter &file, Drive &drive, const Entry &entry)
 {
     const Channel &channel = entry.channel;
     const qint64 count = entry.sampleCount(drive);
@@ -174,7 +174,7 @@ void writeSamples(OutputFile &file, Drive &drive, const Entry &entry)
 
 } // namespace
 
-bool writeLd(OutputFile &file, Drive &drive, const std::vector<Channel> &channels, const LogInfo &info)
+bool writeLd(Inspect::BlockWriter &file, Drive &drive, const std::vector<Channel> &channels, const LogInfo &info)
 {
     const std::vector<Entry> entries = entriesOf(channels);
     const auto entryCount = static_cast<qint64>(entries.size());

@@ -5,7 +5,8 @@
 #include "channels.h"
 #include "drive.h"
 #include "loginfo.h"
-#include "outputfile.h"
+
+#include "inspect/blockwriter.h"
 
 namespace samples {
 
@@ -24,7 +25,8 @@ namespace samples {
 /// The head, one record a channel and all samples of @p drive, or as much of it as @p file takes. Records that readers
 /// must pass over (of a type unknown to them, and of rate 0) stand among the others. Channel by channel, so memory does
 /// not grow with the log. False, and nothing is written, where the log would be larger than its 32-bit offsets allow.
-[[nodiscard]] bool writeLd(OutputFile &file, Drive &drive, const std::vector<Channel> &channels, const LogInfo &info);
+[[nodiscard]] bool writeLd(Inspect::BlockWriter &file, Drive &drive, const std::vector<Channel> &channels,
+                           const LogInfo &info);
 
 /// How many samples at @p rate per second a log of about @p sizeBytes lasts.
 qint64 ldSamplesForSize(const std::vector<Channel> &channels, int rate, qint64 sizeBytes);

@@ -4,6 +4,8 @@
 
 #include <QtCore/QByteArray>
 
+#include <vector>
+
 namespace samples {
 
 struct LogInfo
@@ -12,6 +14,7 @@ struct LogInfo
     QByteArray vehicle = "Heron 3 Clubsport";
     QByteArray driver = "R. Lindqvist";
     QByteArray session = "Practice";
+    std::vector<double> lineCrossings; ///< in seconds: beacon markers of a text export, if there are any
 };
 
 } // namespace samples

@@ -2,14 +2,19 @@
 
 #include "csvexport.h"
 #include "ldexport.h"
-#include "outputfile.h"
 #include "sidecar.h"
+
+#include "inspect/blockwriter.h"
+#include "inspect/sidecarwriter.h"
+#include "ld/ldx.h"
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
+#include <QtCore/QFile>
 #include <QtCore/QMap>
 
 #include <cstdio>
+#include <functional>
 #include <limits>
 
 using namespace samples;
@@ -57,6 +62,24 @@ T choice(const QCommandLineParser &parser, const char *name, const QMap<QString,
     return choices.value(text);
 }
 
+// Lets fill write the file at path; it returns false for a log that is too large for its format.
+bool writeFile(const QString &path, qint64 limitBytes, QString *error,
+               const std::function<bool(Inspect::BlockWriter &)> &fill)
+{
+    QFile device(path);
+    const bool isOpen = device.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
+    Inspect::BlockWriter file(device, limitBytes);
+    if (isOpen && !fill(file)) {
+        *error = QStringLiteral("a .ld log cannot be larger than 4 GiB");
+        return false;
+    }
+    if (!isOpen || !file.flush()) {
+        *error = QStringLiteral("cannot write %1: %2").arg(path, isOpen ? file.errorText() : device.errorString());
+        return false;
+    }
+    return true;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -85,6 +108,7 @@ int main(int argc, char *argv[])
         option("cut", QStringLiteral("Stop in mid-row after this many bytes, as if the power had failed."), "BYTES",
                "0"),
         option("session", QStringLiteral("The session's word in sidecar and head."), "WORD", "Practice"),
+        {QStringLiteral("beacons"), QStringLiteral("Text only: a row of beacon markers in place of the lap channels.")},
         {QStringLiteral("sidecar"), QStringLiteral("Write the .ldx beside the log, too.")},
     });
     parser.process(application);
@@ -125,31 +149,28 @@ int main(int argc, char *argv[])
     Drive drive(settings);
 
     const QString path = parser.positionalArguments().constFirst();
-    OutputFile file(path, cut);
-    if (!file.open())
-        return complain(QStringLiteral("cannot write %1: %2").arg(path, file.errorText()), failed);
-    if (isBinary) {
-        const std::vector<Channel> channels = loggerChannels(settings.seed, columns);
-        if (size > 0)
-            drive.setSampleCount(ldSamplesForSize(channels, rate, size), rate);
-        if (!writeLd(file, drive, channels, info))
-            return complain(QStringLiteral("a .ld log cannot be larger than 4 GiB"), failed);
-    } else {
-        const std::vector<Channel> channels = csvColumns(settings.seed, columns, style);
+    const bool isWritten = writeFile(path, cut, &error, [&](Inspect::BlockWriter &file) {
+        if (isBinary) {
+            const std::vector<Channel> channels = loggerChannels(settings.seed, columns);
+            if (size > 0)
+                drive.setSampleCount(ldSamplesForSize(channels, rate, size), rate);
+            return writeLd(file, drive, channels, info);
+        }
+        std::vector<Channel> channels = csvColumns(settings.seed, columns, style);
+        if (parser.isSet(QStringLiteral("beacons")))
+            std::erase_if(channels, isLapChannel);
         if (size > 0)
             drive.setSampleCount(csvRowsForSize(drive, channels, rate, style, size), rate);
+        if (parser.isSet(QStringLiteral("beacons")))
+            info.lineCrossings = drive.lineCrossings();
         writeCsv(file, drive, channels, info, rate, style);
-    }
-    if (!file.close())
-        return complain(QStringLiteral("cannot write %1: %2").arg(path, file.errorText()), failed);
-
-    if (parser.isSet(QStringLiteral("sidecar"))) {
-        OutputFile sidecar(sidecarPath(path), 0);
-        const bool isOpen = sidecar.open();
-        if (isOpen)
-            sidecar.write(sidecarText(info));
-        if (!isOpen || !sidecar.close())
-            return complain(QStringLiteral("cannot write %1: %2").arg(sidecarPath(path), sidecar.errorText()), failed);
-    }
-    return 0;
+        return true;
+    });
+    const bool isSidecarWritten =
+        isWritten && (!parser.isSet(QStringLiteral("sidecar")) ||
+                      writeFile(sidecarPath(path), 0, &error, [&](Inspect::BlockWriter &file) {
+                          file.write(Inspect::sidecarText(sidecarItems(info)));
+                          return true;
+                      }));
+    return isSidecarWritten ? 0 : complain(error, failed);
 }

@@ -1,8 +1,4 @@
-// The sidecar: XML in which every item is an element with an identity, a value and perhaps a unit.
-
 #include "sidecar.h"
-
-#include <QtCore/QFileInfo>
 
 namespace samples {
 
@@ -33,35 +29,24 @@ constexpr Item setupItems[] = {
     {"Weather", "Dry, light wind", nullptr},
 };
 
-QByteArray attribute(const char *name, const QByteArray &value)
-{
-    return ' ' + QByteArray(name) + "=\"" + QString::fromUtf8(value).toHtmlEscaped().toUtf8() + '"';
-}
-
-QByteArray element(const QByteArray &id, const QByteArray &value, const char *unit)
-{
-    QByteArray text = "    <Item" + attribute("Id", id) + attribute("Value", value);
-    if (unit)
-        text += attribute("Unit", unit);
-    return text + "/>\n";
-}
-
 } // namespace
 
-QString sidecarPath(const QString &logPath)
+QList<Inspect::SidecarItem> sidecarItems(const LogInfo &info)
 {
-    const QFileInfo log(logPath);
-    return log.absolutePath() + QLatin1Char('/') + log.baseName() + QLatin1String(".ldx");
-}
-
-QByteArray sidecarText(const LogInfo &info)
-{
-    QByteArray text = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<Log>\n  <Details>\n";
-    text += element("Event", info.session, nullptr);
-    text += element("Session", "1", nullptr);
+    QList<Inspect::SidecarItem> items;
+    const auto add = [&items](const char *id, const QByteArray &value, const char *unit) {
+        Inspect::SidecarItem item;
+        item.id = QString::fromLatin1(id);
+        item.value = QString::fromUtf8(value);
+        if (unit)
+            item.unit = QString::fromLatin1(unit);
+        items.append(item);
+    };
+    add("Event", info.session, nullptr);
+    add("Session", "1", nullptr);
     for (const Item &item : setupItems)
-        text += element(item.id, item.value, item.unit);
-    return text + "  </Details>\n</Log>\n";
+        add(item.id, item.value, item.unit);
+    return items;
 }
 
 } // namespace samples

@@ -1,18 +1,16 @@
 #pragma once
 
-// Writes the .ldx sidecar that lies beside a log: the session and the car's setup.
+// What the .ldx sidecar beside a log holds: the session and the car's setup.
 
 #include "loginfo.h"
 
-#include <QtCore/QString>
+#include "inspect/sidecar.h"
+
+#include <QtCore/QList>
 
 namespace samples {
 
-/// Where readers look for the sidecar of the log at @p logPath: in the same folder, named by the log's name up to its
-/// first dot.
-QString sidecarPath(const QString &logPath);
-
-/// The sidecar's text. Items with a unit are numbers, the others texts.
-QByteArray sidecarText(const LogInfo &info);
+/// The items of the sidecar. Those with a unit are numbers, the others texts.
+QList<Inspect::SidecarItem> sidecarItems(const LogInfo &info);
 
 } // namespace samples
