@@ -1,5 +1,6 @@
 #include "inspect/drivingchannels.h"
 
+#include <QtCore/QHash>
 #include <QtCore/QString>
 
 #include <algorithm>
@@ -75,10 +76,13 @@ std::span<const OtherName> otherNames()
 
 const OtherName *otherName(QStringView name)
 {
-    const QString wanted = comparable(name);
-    const auto found = std::find_if(others.begin(), others.end(),
-                                    [&](const OtherName &other) { return comparable(QString(other.name)) == wanted; });
-    return found == others.end() ? nullptr : &*found;
+    static const QHash<QString, const OtherName *> byName = [] { // asked once per channel of each lap
+        QHash<QString, const OtherName *> entries;
+        for (const OtherName &other : others)
+            entries.insert(comparable(QString(other.name)), &other);
+        return entries;
+    }();
+    return byName.value(comparable(name), nullptr);
 }
 
 const DrivingChannel *drivingChannelOfTitle(QStringView title)
