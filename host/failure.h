@@ -1,10 +1,11 @@
 #pragma once
 
-// How any part of the program gives up. main.cpp turns it into the one line and the exit status that people see.
+// How any part of the program gives up, and the exit status that people and scripts see.
 
 #include <QtCore/QString>
 
 #include <exception>
+#include <functional>
 #include <utility>
 
 namespace Host {
@@ -12,11 +13,15 @@ namespace Host {
 enum class ExitStatus
 {
     Success = 0,
-    BadInput = 1,  ///< the log, the plug-in or the output: what was asked for cannot be had
-    BadOptions = 2 ///< the command line itself is wrong
+    BadInput = 1,       ///< something cannot be read or written, or what was asked of a log is not in it
+    BadCommandLine = 2, ///< the command line itself is wrong
+    Amiss = 3           ///< read, but something about the log is amiss
 };
 
-/// Ends the run. @p text says what was found, where, and what was expected; no full stop, no line break.
+/// The status of a run of which parts ended as @p first and @p second: what could not be read outweighs what is amiss.
+ExitStatus worse(ExitStatus first, ExitStatus second);
+
+/// Ends the work on a log, or the run. @p text says what was found, where, and what to do; no full stop, no line break.
 class Failure : public std::exception
 {
 public:
@@ -34,5 +39,16 @@ private:
     QString message;
     ExitStatus exitStatus;
 };
+
+/// Standard output cannot be written: nothing that follows makes sense.
+class OutputFailure : public Failure
+{
+public:
+    using Failure::Failure;
+};
+
+/// Calls @p action. Prints the one line of a run that failed for whatever exception leaves it, and returns the status
+/// that it stands for. Lets an OutputFailure pass if @p isPart, as the whole run ends by it.
+ExitStatus guarded(const std::function<ExitStatus()> &action, bool isPart = false);
 
 } // namespace Host

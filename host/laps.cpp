@@ -50,6 +50,15 @@ std::vector<NamedChannel> channelsOf(const Lap &lap)
     return channels;
 }
 
+QStringList channelNames(const Lap &lap)
+{
+    QStringList names;
+    for (const NamedChannel &named : channelsOf(lap))
+        names.append(named.name);
+    names.removeDuplicates();
+    return names;
+}
+
 QSharedPointer<Channel> findChannel(const Lap &lap, const QString &name)
 {
     const auto recorded = lap.channel(name);

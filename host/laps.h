@@ -7,6 +7,7 @@
 #include <QtCore/QList>
 #include <QtCore/QSharedPointer>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 #include <QtCore/QTime>
 
 #include <optional>
@@ -40,6 +41,9 @@ struct NamedChannel
 
 /// All channels of @p lap by name, the recorded ones before the calculated ones.
 std::vector<NamedChannel> channelsOf(const KOV::SDK::Lap &lap);
+
+/// The names of all channels of @p lap, each once.
+QStringList channelNames(const KOV::SDK::Lap &lap);
 
 /// The recorded channel @p name, or else the calculated one, or null.
 QSharedPointer<KOV::SDK::Channel> findChannel(const KOV::SDK::Lap &lap, const QString &name);

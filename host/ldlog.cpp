@@ -96,7 +96,7 @@ QString missingRemark(const QString &path, const QStringList &names)
 
 Log loadLdLog(const QString &path)
 {
-    Log log{path, loadLaps(path), {}};
+    Log log{path, loadLaps(path), {}, {}};
     if (log.laps.isEmpty())
         throw Failure(path + QLatin1String(": a binary .ld log without laps, ") + whyNoLaps(path));
     const auto setup = loadValues(sidecarPath(path));
@@ -106,7 +106,7 @@ Log loadLdLog(const QString &path)
     }
     const QStringList missing = missingChannels(path, *log.laps.first());
     if (!missing.isEmpty())
-        log.messages.append(missingRemark(path, missing));
+        log.remarks.append(missingRemark(path, missing));
     return log;
 }
 

@@ -3,26 +3,17 @@
 #include "host/failure.h"
 #include "host/ldlog.h"
 #include "host/logformat.h"
-#include "host/options.h"
-#include "host/plugin.h"
+#include "host/platform.h"
 #include "sdk/dataemitter.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
 #include <algorithm>
-#include <cerrno>
-#include <unistd.h>
 
 namespace Host {
 
 namespace {
-
-// Qt answers "no" to the question whether a file exists that nobody may ask for.
-bool isBehindClosedFolder(const QString &path)
-{
-    return access(QFile::encodeName(path).constData(), F_OK) != 0 && errno == EACCES;
-}
 
 // Looks before the import does, since the import cannot say what is wrong with a file.
 LogFormat checkedFormat(const QString &path)
@@ -32,15 +23,15 @@ LogFormat checkedFormat(const QString &path)
         throw Failure(path + QLatin1String(": ") + why + QLatin1String(", expected a log file"));
     };
     if (path.isEmpty())
-        throw Failure(QStringLiteral("the log's name is empty, expected a log file"));
+        throw Failure(QStringLiteral("the path of a log is empty, expected a log file"));
     if (!info.exists())
-        refuse(info.isSymLink()             ? QStringLiteral("a link to nothing")
-               : isBehindClosedFolder(path) ? QStringLiteral("in a folder that may not be entered")
+        refuse(info.isSymLink()             ? QStringLiteral("a dangling symbolic link")
+               : isBehindClosedFolder(path) ? QStringLiteral("permission denied on its folder")
                                             : QStringLiteral("no such file"));
     if (info.isDir())
         refuse(QStringLiteral("a directory"));
     if (!info.isFile())
-        refuse(QStringLiteral("no regular file (a device, a pipe or a socket)"));
+        refuse(QStringLiteral("not a regular file but a device, a pipe or a socket"));
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         refuse(QLatin1String("cannot be opened (") + file.errorString() + u')');
@@ -54,7 +45,7 @@ LogFormat checkedFormat(const QString &path)
 
 Log importText(const Plugin &plugin, const QString &path)
 {
-    Log log{path, {}, {}};
+    Log log{path, {}, {}, {}};
     KOV::SDK::PluginInterfaceImport *import = plugin.interface();
     const auto connection =
         QObject::connect(import->dataEmitter(), &KOV::SDK::DataEmitter::sendMessage,
@@ -71,11 +62,14 @@ Log importText(const Plugin &plugin, const QString &path)
 
 } // namespace
 
-Log readLog(const Options &options)
+LogReader::LogReader(const QString &pluginPath)
+    : plugin(pluginPath)
 {
-    const QString &path = options.logPath;
+}
+
+Log LogReader::read(const QString &path) const
+{
     const LogFormat format = checkedFormat(path);
-    const Plugin plugin(options.pluginPath);
     if (!plugin.isOwn() || format == LogFormat::Text)
         return importText(plugin, path);
     if (format == LogFormat::Binary)

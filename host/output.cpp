@@ -1,13 +1,13 @@
 #include "host/output.h"
 
 #include "host/failure.h"
+#include "host/platform.h"
 #include "host/textformat.h"
 
-#include <QtCore/QByteArray>
-
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <unistd.h>
+#include <utility>
 
 namespace Host {
 
@@ -18,28 +18,49 @@ constexpr std::size_t bufferBytes = 1 << 16;
 bool isStyledTerminal()
 {
     const QByteArray terminal = qgetenv("TERM");
-    return isatty(STDOUT_FILENO) == 1 && qEnvironmentVariableIsEmpty("NO_COLOR") && !terminal.isEmpty() &&
-           terminal != "dumb";
+    return isOutputTerminal() && qEnvironmentVariableIsEmpty("NO_COLOR") && !terminal.isEmpty() && terminal != "dumb";
 }
 
 [[noreturn]] void failToWrite(int error)
 {
-    throw Failure(QLatin1String("standard output: cannot be written: ") + qt_error_string(error));
+    throw OutputFailure(QLatin1String("standard output cannot be written: ") + qt_error_string(error));
+}
+
+void handOver(const char *bytes, std::size_t size)
+{
+    if (std::fwrite(bytes, 1, size, stdout) != size)
+        failToWrite(errno);
 }
 
 } // namespace
 
 Output::Output()
-    : styled(isStyledTerminal())
+    : buffer(bufferBytes)
+    , styled(isStyledTerminal())
 {
-    (void)std::setvbuf(stdout, nullptr, _IOFBF, bufferBytes);
+    (void)std::setvbuf(stdout, nullptr, _IONBF, 0); // this class has the buffer
+}
+
+void Output::beginBlock(const QString &title)
+{
+    pendingTitle = (hasBlock ? "\n" : "") + printable(title).toUtf8() + ":\n";
 }
 
 void Output::write(QByteArrayView bytes)
 {
+    if (!pendingTitle.isEmpty()) {
+        hasBlock = true;
+        write(std::exchange(pendingTitle, {}));
+    }
     const auto size = static_cast<std::size_t>(bytes.size());
-    if (std::fwrite(bytes.data(), 1, size, stdout) != size)
-        failToWrite(errno);
+    if (size > buffer.size() - used)
+        flush();
+    if (size > buffer.size()) {
+        handOver(bytes.data(), size);
+    } else {
+        std::copy(bytes.begin(), bytes.end(), buffer.data() + used);
+        used += size;
+    }
 }
 
 void Output::writeText(const QString &text)
@@ -49,6 +70,7 @@ void Output::writeText(const QString &text)
 
 void Output::flush()
 {
+    handOver(buffer.data(), std::exchange(used, 0));
     if (std::fflush(stdout) != 0)
         failToWrite(errno);
 }

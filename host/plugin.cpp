@@ -23,7 +23,7 @@ QString libraryFile(const QString &path)
         if (!file.exists())
             throw Failure(path + QLatin1String(": no such file, expected an import plug-in"));
         if (!file.isFile())
-            throw Failure(path + QLatin1String(": no regular file, expected an import plug-in"));
+            throw Failure(path + QLatin1String(": not a regular file, expected an import plug-in"));
         return file.absoluteFilePath();
     }
     const QStringList places = pluginPlaces();
@@ -63,8 +63,8 @@ Plugin::Plugin(const QString &path)
     const QString expected = QString::fromLatin1(qobject_interface_iid<PluginInterfaceImport *>());
     const QString identifier = loader.metaData().value(QLatin1String("IID")).toString();
     if (identifier.isEmpty())
-        throw Failure(
-            QStringLiteral("%1: no plug-in, expected one of interface \"%2\": %3").arg(file, expected, reason(loader)));
+        throw Failure(QStringLiteral("%1: not a plug-in, expected one of interface \"%2\": %3")
+                          .arg(file, expected, reason(loader)));
     if (identifier != expected)
         throw Failure(
             QStringLiteral("%1: a plug-in of interface \"%2\", expected \"%3\"").arg(file, identifier, expected));

@@ -3,7 +3,6 @@
 #include "csv/csvtext.h"
 #include "host/failure.h"
 #include "host/logreader.h"
-#include "host/options.h"
 
 #include <algorithm>
 #include <numeric>
@@ -12,11 +11,6 @@ namespace Host {
 
 namespace {
 
-bool isViewOfOneLap(Options::View view)
-{
-    return view != Options::View::LapTable && view != Options::View::Json;
-}
-
 QString hint(const KOV::SDK::Lap &lap, const QString &name)
 {
     for (const NamedChannel &named : channelsOf(lap)) {
@@ -24,38 +18,42 @@ QString hint(const KOV::SDK::Lap &lap, const QString &name)
         if (Csv::valueName(named.name) == Csv::valueName(name))
             return QStringLiteral("did you mean \"%1\"?").arg(named.name);
     }
-    return QStringLiteral("--channels lists those it has");
+    return QStringLiteral("\"orva-host channels\" lists its channels");
 }
 
 } // namespace
 
-Selection select(const Log &log, const Options &options)
+std::vector<qsizetype> selectLaps(const Log &log, std::optional<qsizetype> lap)
 {
-    Selection selection;
-    if (options.lap && *options.lap >= log.laps.size())
-        throw Failure(QStringLiteral("%1: no lap with index %2, expected 0 to %3")
-                          .arg(log.path, QString::number(*options.lap), QString::number(log.laps.size() - 1)));
-    if (options.lap) {
-        selection.laps = {*options.lap};
-    } else if (isViewOfOneLap(options.view)) {
-        selection.laps = {usualLap(log.laps)};
-    } else {
-        selection.laps.resize(static_cast<std::size_t>(log.laps.size()));
-        std::iota(selection.laps.begin(), selection.laps.end(), 0);
-    }
+    if (lap)
+        return {selectLap(log, lap)};
+    std::vector<qsizetype> all(static_cast<std::size_t>(log.laps.size()));
+    std::iota(all.begin(), all.end(), 0);
+    return all;
+}
 
-    for (const QString &name : options.valueNames) {
-        const bool isThere = std::any_of(selection.laps.begin(), selection.laps.end(),
-                                         [&](qsizetype lap) { return findChannel(*log.laps[lap], name); });
+qsizetype selectLap(const Log &log, std::optional<qsizetype> lap)
+{
+    if (!lap)
+        return usualLap(log.laps);
+    if (*lap >= log.laps.size())
+        throw Failure(QStringLiteral("%1: no lap with index %2, expected 0 to %3")
+                          .arg(log.path, QString::number(*lap), QString::number(log.laps.size() - 1)));
+    return *lap;
+}
+
+void checkNames(const Log &log, const std::vector<qsizetype> &laps, const QStringList &names)
+{
+    for (const QString &name : names) {
+        const bool isThere =
+            std::any_of(laps.begin(), laps.end(), [&](qsizetype lap) { return findChannel(*log.laps[lap], name); });
         if (!isThere)
-            throw Failure(QStringLiteral("%1: no channel \"%2\" in %3, %4")
-                              .arg(log.path, name,
-                                   selection.laps.size() == 1 ? QStringLiteral("lap %1").arg(selection.laps.front())
-                                                              : QStringLiteral("any lap"),
-                                   hint(*log.laps[selection.laps.front()], name)));
+            throw Failure(
+                QStringLiteral("%1: no channel \"%2\" in %3, %4")
+                    .arg(log.path, name,
+                         laps.size() == 1 ? QStringLiteral("lap %1").arg(laps.front()) : QStringLiteral("any lap"),
+                         hint(*log.laps[laps.front()], name)));
     }
-    selection.valueNames = options.valueNames;
-    return selection;
 }
 
 } // namespace Host

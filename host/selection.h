@@ -1,26 +1,25 @@
 #pragma once
 
-// Which laps and channels the options pick out of a log.
+// Which laps and channels a command line picks out of a log.
 
 #include "host/laps.h"
 
 #include <QtCore/QStringList>
 
+#include <optional>
 #include <vector>
 
 namespace Host {
 
 struct Log;
-struct Options;
 
-struct Selection
-{
-    std::vector<qsizetype> laps; ///< indices, ascending; a view of one lap has one
-    QStringList valueNames;      ///< each is a channel of at least one of these laps
-};
+/// The index @p lap alone if there is one, else those of all laps. Throws Failure where @p log has no such lap.
+std::vector<qsizetype> selectLaps(const Log &log, std::optional<qsizetype> lap);
 
-/// Checks what @p options ask for against @p log, so that the views can print without a second thought. Throws Failure
-/// for a lap or a channel that is not there.
-Selection select(const Log &log, const Options &options);
+/// The index @p lap if there is one, else that of the usual lap. Throws Failure where @p log has no such lap.
+qsizetype selectLap(const Log &log, std::optional<qsizetype> lap);
+
+/// Throws Failure for the first of @p names that none of @p laps has a channel of.
+void checkNames(const Log &log, const std::vector<qsizetype> &laps, const QStringList &names);
 
 } // namespace Host

@@ -2,7 +2,6 @@
 
 #include "host/logreader.h"
 #include "host/output.h"
-#include "host/selection.h"
 #include "host/textformat.h"
 
 #include <algorithm>
@@ -20,13 +19,13 @@ QString quotedIfNeeded(QString name)
 
 } // namespace
 
-void printValues(const Log &log, const Selection &selection, Output &output)
+void printValues(const Log &log, qsizetype index, const QStringList &names, Output &output)
 {
-    const auto &lap = log.laps[selection.laps.front()];
+    const auto &lap = log.laps[index];
     QStringList header;
     std::vector<QSharedPointer<KOV::SDK::Channel>> channels;
     long long rows = 0;
-    for (const QString &name : selection.valueNames) {
+    for (const QString &name : names) {
         header.append(quotedIfNeeded(name));
         channels.push_back(findChannel(*lap, name));
         rows = std::max(rows, channels.back()->size());

@@ -2,14 +2,16 @@
 
 // The samples of channels as comma-separated text.
 
+#include <QtCore/QStringList>
+
 namespace Host {
 
 class Output;
 struct Log;
-struct Selection;
 
-/// A header row with the selected channels' names, then a row for each sample of the selected lap, after RFC 4180 but
-/// with bare line feeds. Numbers read back exactly; a sample without a value is an empty field.
-void printValues(const Log &log, const Selection &selection, Output &output);
+/// The samples of the channels @p names, each a channel of the lap with the index @p lap: a header row with the names,
+/// then a row for each sample, after RFC 4180 but with bare line feeds. Numbers read back exactly; a sample without a
+/// value is an empty field.
+void printValues(const Log &log, qsizetype lap, const QStringList &names, Output &output);
 
 } // namespace Host

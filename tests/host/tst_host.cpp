@@ -114,33 +114,36 @@ private Q_SLOTS:
         row("plug-in's messages", "--plugin=" ORVA_PLUGIN " @log.csv", 0,
             plugin + "Importing file " + log + " ...\n" + plugin + "Using format Comma separated text (*.csv)\n");
         row("odd plug-in's message", "+ @log.csv", 0, "[odd plugin] two\uFFFDlines\n");
-        row("values of the usual lap", "@log.csv --values=speed", 0, "index 1; --lap picks another\n");
+        row("values of the usual lap", "values @log.csv", 0,
+            "log.csv: values of the lap with index 1; --lap selects another\n");
         row("no log", "", 2, "no log given");
-        row("two logs", "a b", 2, "2 logs given, expected one");
-        row("unknown option", "--frob @log.csv", 2, "Unknown option 'frob'");
-        row("option without value", "@log.csv --lap", 2, "Missing value after '--lap'");
+        row("no log for a command", "laps -q", 2, "no log given (see orva-host laps --help)");
+        row("command after an option", "-q laps @log.csv", 2, "\"laps\" is a command and comes first");
+        row("unknown option", "--frob @log.csv", 2, "unknown option --frob (see orva-host laps --help)");
+        row("option without value", "@log.csv --lap", 2, "--lap needs a value");
         row("lap is no number", "--lap 1.5 @log.csv", 2, "--lap is \"1.5\"");
         row("lap is negative", "--lap=-1 @log.csv", 2, "--lap is \"-1\"");
-        row("two views", "--channels --setup @log.csv", 2, "do not go together");
-        row("open quote", "--values speed,\"rpm @log.csv", 2, "--values is 'speed,\"rpm', expected a double quote");
+        row("lap given twice", "--lap 1 --lap 2 @log.csv", 2, "--lap is given more than once");
+        row("flag with a value", "--json=3 @log.csv", 2, "--json takes no value");
+        row("open quote", "values -c speed,\"rpm @log.csv", 2, "unterminated double quote in --channels 'speed,\"rpm'");
         row("missing file", "@gone.csv", 1, "gone.csv: no such file, expected a log file");
         row("directory", "@", 1, ": a directory, expected a log file");
-        row("pipe", "@pipe", 1, "pipe: no regular file");
+        row("pipe", "@pipe", 1, "pipe: not a regular file");
         row("read error", "/proc/self/mem", 1, "cannot be read");
         row("empty file", "@empty.csv", 1, "empty.csv: empty");
         row("no rows", "@header.csv", 1, "header.csv: holds no data rows");
         row("plug-in missing", "--plugin @gone.so @log.csv", 1, "gone.so: no such file");
-        row("plug-in is a directory", "--plugin @ @log.csv", 1, "no regular file, expected an import plug-in");
-        row("plug-in is text", "--plugin @log.csv @log.csv", 1, "no plug-in, expected one of interface");
+        row("plug-in is a directory", "--plugin @ @log.csv", 1, "not a regular file, expected an import plug-in");
+        row("plug-in is text", "--plugin @log.csv @log.csv", 1, "not a plug-in, expected one of interface");
         row("other interface", "--plugin " OTHER_PLUGIN " @log.csv", 1,
             "interface \"kovdata.PluginInterfaceImport/0.1\", expected \"kovdata.PluginInterfaceImport/0.2\"");
         row("lying plug-in", "--plugin " LYING_PLUGIN " @log.csv", 1, "does not offer the interface");
         row("plug-in finds nothing", "--plugin " ODD_PLUGIN " @nothing", 1, "\"odd\" finds no laps");
-        row("plug-in throws", "+ @thrown", 1, "the import ended with an exception");
+        row("plug-in throws", "+ @thrown", 1, "the plug-in threw an exception");
         row("unknown lap", "--lap 3 @log.csv", 1, "no lap with index 3, expected 0 to 2");
-        row("unknown channel", "--values speed,rpm @log.csv", 1, "no channel \"rpm\" in lap 1");
-        row("channel in another case", "--values Speed @log.csv", 1, "did you mean \"speed\"?");
-        row("unknown channel for JSON", "--json --values rpm @log.csv", 1, "no channel \"rpm\" in any lap");
+        row("unknown channel", "values --channels speed,rpm @log.csv", 1, "no channel \"rpm\" in lap 1");
+        row("channel in another case", "values --channels Speed @log.csv", 1, "did you mean \"speed\"?");
+        row("unknown channel for JSON", "values --json --channels rpm @log.csv", 1, "no channel \"rpm\" in any lap");
 
         auto fileOf = [this, count = 0](const QByteArray &content) mutable {
             const QString name = QString::number(++count);
@@ -234,7 +237,7 @@ private Q_SLOTS:
     void views()
     {
         QFETCH(QByteArray, command);
-        const Result result = runHost("--quiet " + command);
+        const Result result = runHost(command + " --quiet");
         QCOMPARE(result.err, QByteArray());
         QTEST(result.out, "expected");
         QCOMPARE(result.status, 0);
@@ -242,34 +245,39 @@ private Q_SLOTS:
 
     void json_data()
     {
-        const Table<QByteArray, QList<QByteArray>> row("command", "fragments"); // without blanks
+        const Table<QByteArray, QList<QByteArray>> row("command", "fragments");
         const QByteArray log = R"("sourceName":"MoTeC","channelCount":4,"lapCount":3,"bestLap":1,"laps":[{"index":)";
-        row("all laps", "--json @log.csv",
-            {R"("venueName":"Zürich","carName":"GT","driverName":"A.B.","session":5,"sessionName":"Race","sourceName":)",
+        row("laps", "--json @log.csv",
+            {R"("venueName":"Zürich","carName":"GT","driverName":"A. B.","session":5,"sessionName":"Race","sourceName":)",
              log + "0,", R"("best":false,"samples":3,"lapNumber":0,"lapKind":0,"completed":true,"lapTimeMs":59250,)",
              R"(},{"index":1,"best":true,"samples":3,"lapNumber":1,"lapKind":1,"completed":true,"lapTimeMs":92500,)",
              R"(},{"index":2,"best":false,"samples":3,"lapNumber":2,"lapKind":1,"completed":false,"lapTimeMs":null,)",
              R"("stintLapIndex":2,"stintNumber":1,"lapId":)", R"("carInfo":{"carId":"","sourceName":"MoTeC",)",
-             R"("dynamicData":{"Tyre":{"value":"soft","unit":""},"Wing":{"value":3.5,"unit":"deg"}},"channels":[{"name")",
-             R"("unit":"km/h","calculated":false,"samples":3,"validSamples":3,"minimum":0.25,"maximum":2.25}]},)"});
-        row("all else asked for", "--json --channels --setup --values speed @log.csv",
-            {log + '0', R"("maximum":2.25,"values":[0.25,1.25,2.25]}]},)", R"("minimum":0.01,"maximum":0.99},)"});
-        row("one lap", "--json --lap 1 --values speed @log.csv",
-            {log + '1', R"("minimum":10.25,"maximum":12.25,"values":[10.25,11.25,12.25]}]}]})"});
-        row("odd values", "+ --json --lap 0 --values \"a,\"\"b\"\"\",none,東 @log.csv",
+             R"("dynamicData":{"Tyre":{"value":"soft","unit":""},"Wing":{"value":3.5,"unit":"deg"}}}]})"});
+        row("setup", "setup --json @log.csv",
+            {R"("setup":{"Tyre":{"value":"soft","unit":""},"Wing":{"value":3.5,"unit":"deg"}}})"});
+        row("channels", "channels --json @log.csv",
+            {log + "0,", R"("unit":"deg"}},"channels":[{"name":"lapdistpct")",
+             R"("unit":"km/h","calculated":false,"samples":3,"validSamples":3,"minimum":0.25,"maximum":2.25}]},{)"});
+        row("values", "values --json @log.csv",
+            {R"("minimum":0.01,"maximum":0.99,"values":[0.01,0.5,0.99]},{)",
+             R"("maximum":2.25,"values":[0.25,1.25,2.25]}]},{)"});
+        row("one lap and channel", "values --json --lap 1 --channels speed @log.csv",
+            {log + "1,", R"("channels":[{"name":"speed",)", R"("maximum":12.25,"values":[10.25,11.25,12.25]}]}]})"});
+        row("odd values", "values + --json --lap 0 @log.csv",
             {"\"venueName\":\"\\u001B[2JN\\nring\"", "{\"name\":\"a,\\\"b\\\"\",",
              R"("dynamicData":{"bool":{"value":true,"unit":""},"char":{"value":-120,"unit":""},"double":{"value":null,)",
              R"("float":{"value":0.10000000149011612,"unit":""},"int":{"value":-2054781048,"unit":""},)",
              R"("long":{"value":-9114578090645354616,"unit":""},"qlonglong":{"value":-9114578090645354616,)",
              R"("qulonglong":{"value":9332165983064197000,"unit":""},"short":{"value":-30840,"unit":""},)",
-             R"("signedchar":{"value":-120,"unit":""},"std::nullptr_t":{"value":null,"unit":""},"uchar":{"value":136,)",
+             R"("signed char":{"value":-120,"unit":""},"std::nullptr_t":{"value":null,"unit":""},"uchar":{"value":136,)",
              R"("uint":{"value":2240186248,"unit":""},"ulong":{"value":9332165983064197000,"unit":""},)",
              R"("ushort":{"value":34696,"unit":""}},"channels":[{"name":)",
              R"("unit":"","calculated":false,"samples":6,"validSamples":3,"minimum":-0,)",
              R"("maximum":0.1,"values":[-0,0.1,null,null,null,1e-07]},)",
-             R"("maximum":123456789,"values":[null,0.3333333333333333,123456789,null,null,null]},)",
-             R"("minimum":null,"maximum":null,"values":[null,null,null,null,null,null]},)",
-             R"("maximum":7})"}); // a recorded channel hides the calculated one of its name
+             // a recorded channel hides the calculated one of its name, which would be next
+             R"("maximum":123456789,"values":[null,0.3333333333333333,123456789,null,null,null]},{"name":"sum")",
+             R"("minimum":null,"maximum":null,"values":[null,null,null,null,null,null]},)"});
     }
     void json()
     {
@@ -277,9 +285,23 @@ private Q_SLOTS:
         QFETCH(QList<QByteArray>, fragments);
         const Result result = runHost(command);
         QVERIFY(QJsonDocument::fromJson(result.out).isObject());
-        const QByteArray dense = result.out.simplified().replace(' ', "");
+        QCOMPARE(result.out.indexOf('\n'), result.out.size() - 1);
         for (const QByteArray &fragment : fragments)
-            QVERIFY2(dense.contains(fragment), fragment + " is not in " + dense);
+            QVERIFY2(result.out.contains(fragment), fragment + " is not in " + result.out);
+    }
+
+    void severalLogs()
+    {
+        const Result text = runHost("channels -q --lap 0 @log.csv @gone.csv @nosetup.csv @header.csv");
+        QCOMPARE(text.status, 1);
+        QCOMPARE(text.err.count('\n'), 2);
+        QVERIFY(text.out.startsWith(files.path(u"log.csv:\nLap with"_s).toUtf8()));
+        QVERIFY(text.out.contains("\n\n" + files.path(u"nosetup.csv:\nLap with"_s).toUtf8()));
+        QCOMPARE(text.out.count("csv:\n"), 2);
+        const Result json = runHost("setup --json @log.csv @gone.csv @nosetup.csv");
+        QCOMPARE(json.status, 1);
+        QCOMPARE(json.out.count("{\"command\":\"setup\",\"file\":\""), 2);
+        QCOMPARE(json.out.count('\n'), 2);
     }
 
     void outputFailures()
@@ -289,11 +311,11 @@ private Q_SLOTS:
             {"% >&-; echo $? >&2", "Bad file descriptor"},
             // A pipe whose reader has gone before the first write.
             {"{ read go < @pipe; %; echo $? >&2; } | { exec <&-; echo > @pipe; }", "Broken pipe"}};
-        for (const char *command : {"-q @log.csv", "-q --json --values speed @log.csv", "--help"}) {
+        for (const char *command : {"-q @log.csv", "values -q --json @log.csv", "laps --help"}) {
             for (const auto &[ending, error] : endings) {
                 const QByteArray script = QByteArray(ending).replace('%', ORVA_HOST " "_ba + command);
                 QCOMPARE(run(u"sh"_s, {u"-c"_s, withFiles(script)}).err,
-                         "orva-host: standard output: cannot be written: " + error + "\n1\n");
+                         "orva-host: standard output cannot be written: " + error + "\n1\n");
             }
         }
     }

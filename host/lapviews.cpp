@@ -1,8 +1,7 @@
-#include "host/report.h"
+#include "host/lapviews.h"
 
 #include "host/logreader.h"
 #include "host/output.h"
-#include "host/selection.h"
 #include "host/textformat.h"
 #include "host/texttable.h"
 #include "sdk/sdk_utils.h"
@@ -38,7 +37,7 @@ QString valueText(const Value &value)
 
 } // namespace
 
-void printLaps(const Log &log, const Selection &selection, Output &output)
+void printLaps(const Log &log, const std::vector<qsizetype> &laps, Output &output)
 {
     const LapHeader &first = log.laps.first()->header();
     printFact(QStringLiteral("Venue"), first.venueName, output);
@@ -57,7 +56,7 @@ void printLaps(const Log &log, const Selection &selection, Output &output)
                      {QStringLiteral("Completed")},
                      {QString()}});
     const auto best = bestLap(log.laps);
-    for (const qsizetype index : selection.laps) {
+    for (const qsizetype index : laps) {
         const auto &lap = log.laps[index];
         const LapHeader &header = lap->header();
         const bool isBest = index == best;
@@ -70,9 +69,8 @@ void printLaps(const Log &log, const Selection &selection, Output &output)
     table.print(output);
 }
 
-void printChannels(const Log &log, const Selection &selection, Output &output)
+void printChannels(const Log &log, qsizetype index, Output &output)
 {
-    const qsizetype index = selection.laps.front();
     const auto &lap = log.laps[index];
     const auto channels = channelsOf(*lap);
     output.writeText(QStringLiteral("Lap with index %1 (%2, number %3, time %4%5): %6 channels\n\n")
@@ -101,9 +99,9 @@ void printChannels(const Log &log, const Selection &selection, Output &output)
     table.print(output);
 }
 
-void printSetup(const Log &log, const Selection &selection, Output &output)
+void printSetup(const Log &log, qsizetype lap, Output &output)
 {
-    const auto &values = log.laps[selection.laps.front()]->header().dynamicData;
+    const auto &values = log.laps[lap]->header().dynamicData;
     if (values.isEmpty())
         return;
     TextTable table({{QStringLiteral("Name")}, {QStringLiteral("Value")}, {QStringLiteral("Unit")}});

@@ -1,0 +1,121 @@
+#include "host/arguments.h"
+
+#include "host/failure.h"
+
+#include <CLI/CLI.hpp>
+
+namespace Host {
+
+namespace {
+
+[[noreturn]] void refuse(const QString &text)
+{
+    throw Failure(text, ExitStatus::BadCommandLine);
+}
+
+// What messages call the option that is declared as @p names: "--channels" for "-c,--channels".
+QString spokenName(const std::string &names)
+{
+    return QString::fromStdString(names).section(u',', -1);
+}
+
+} // namespace
+
+void addLogArguments(CLI::App &app, LogArguments &arguments)
+{
+    app.add_option_function<std::vector<std::string>>(
+           "LOG",
+           [&arguments](const std::vector<std::string> &paths) {
+               for (const std::string &path : paths)
+                   arguments.paths.append(QString::fromStdString(path));
+           },
+           "A telemetry log, or several")
+        ->option_text(" ")
+        ->required();
+    addFlag(app, "--json", arguments.isJson, "Print one JSON object per log, each on one line");
+    addFlag(app, "-q,--quiet", arguments.isQuiet, "Do not print remarks and the plug-in's messages");
+}
+
+void addImportArguments(CLI::App &app, ImportArguments &arguments)
+{
+    addFlag(app, "--strict", arguments.isStrict, "Exit with status 3 if there is a remark about a log");
+    addText(app, "--plugin", "FILE", arguments.pluginPath, "Load this import plug-in instead of orva's own");
+}
+
+void addFlag(CLI::App &app, const std::string &names, bool &target, const std::string &help)
+{
+    app.add_flag(names, target, help)->disable_flag_override(); // no "--json=3"
+}
+
+void addLap(CLI::App &app, std::optional<qsizetype> &lap, const std::string &otherwise)
+{
+    app.add_option_function<std::string>(
+           "--lap",
+           [&lap](const std::string &value) {
+               bool isNumber = false;
+               const QString text = QString::fromStdString(value);
+               const qlonglong index = text.toLongLong(&isNumber);
+               if (!isNumber || index < 0)
+                   refuse(QStringLiteral("--lap is \"%1\", expected the index of a lap: 0, 1, 2, ...").arg(text));
+               lap = index;
+           },
+           "Show the lap with this index, counted from 0.\n" + otherwise)
+        ->type_name("N");
+}
+
+CLI::Option *addText(CLI::App &app, const std::string &names, const std::string &valueName, QString &target,
+                     const std::string &help)
+{
+    return app
+        .add_option_function<std::string>(
+            names,
+            [&target, names, valueName](const std::string &text) {
+                if (text.empty())
+                    refuse(QStringLiteral("%1 is empty, expected %2")
+                               .arg(spokenName(names), QString::fromStdString(valueName)));
+                target = QString::fromStdString(text);
+            },
+            help)
+        ->type_name(valueName);
+}
+
+CLI::Option *addNames(CLI::App &app, const std::string &names, const std::string &valueName, QStringList &target,
+                      const std::string &help)
+{
+    return app
+        .add_option_function<std::vector<std::string>>(
+            names,
+            [&target, names](const std::vector<std::string> &texts) {
+                for (const std::string &text : texts)
+                    target += splitNames(QString::fromStdString(text), spokenName(names));
+            },
+            help)
+        ->option_text(valueName)
+        ->allow_extra_args(false); // one value each time that the option is given
+}
+
+QStringList splitNames(const QString &text, const QString &option)
+{
+    QStringList names;
+    QString name;
+    bool isQuoted = false;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar character = text[i];
+        if (character == u'"' && isQuoted && i + 1 < text.size() && text[i + 1] == u'"') {
+            name += text[++i];
+        } else if (character == u'"' && (isQuoted || name.isEmpty())) {
+            isQuoted = !isQuoted;
+        } else if (character == u',' && !isQuoted) {
+            names.append(name);
+            name.clear();
+        } else {
+            name += character;
+        }
+    }
+    if (isQuoted)
+        refuse(QStringLiteral("unterminated double quote in %1 '%2'").arg(option, text));
+    names.append(name);
+    return names;
+}
+
+} // namespace Host

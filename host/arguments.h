@@ -1,0 +1,58 @@
+#pragma once
+
+// Arguments that several commands have, and arguments of Qt's types for the command-line parser.
+
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+#include <optional>
+#include <string>
+
+namespace CLI {
+class App;
+class Option;
+} // namespace CLI
+
+namespace Host {
+
+/// What every command about logs is told.
+struct LogArguments
+{
+    QStringList paths; ///< as given, at least one
+    bool isJson = false;
+    bool isQuiet = false;
+};
+
+/// Adds LOG..., --json and --quiet.
+void addLogArguments(CLI::App &app, LogArguments &arguments);
+
+/// What commands that import logs are told besides.
+struct ImportArguments
+{
+    QString pluginPath; ///< empty: look for the library's own
+    bool isStrict = false;
+};
+
+/// Adds --plugin and --strict.
+void addImportArguments(CLI::App &app, ImportArguments &arguments);
+
+/// Adds an option without a value.
+void addFlag(CLI::App &app, const std::string &names, bool &target, const std::string &help);
+
+/// Adds --lap N, the index of a lap. @p otherwise ends its help text and says which laps are shown without it.
+void addLap(CLI::App &app, std::optional<qsizetype> &lap, const std::string &otherwise);
+
+/// Adds an option with a text as its value, refused if it is empty. @p valueName is what the help calls the value.
+CLI::Option *addText(CLI::App &app, const std::string &names, const std::string &valueName, QString &target,
+                     const std::string &help);
+
+/// Adds an option, which may be repeated, with names as its value, see splitNames.
+CLI::Option *addNames(CLI::App &app, const std::string &names, const std::string &valueName, QStringList &target,
+                      const std::string &help);
+
+/// Splits what @p option was given at its commas. A name that holds a comma stands in double quotes, with double quotes
+/// in it doubled, just as in the header row that "values" prints. Throws Failure with ExitStatus::BadCommandLine where
+/// a quote is not closed.
+QStringList splitNames(const QString &text, const QString &option);
+
+} // namespace Host

@@ -1,0 +1,151 @@
+#include "host/commandline.h"
+
+#include "host/output.h"
+
+#include <QtCore/QFileInfo>
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+
+namespace Host {
+
+namespace {
+
+constexpr std::size_t optionColumn = 24; // where the texts of the options begin
+
+class HelpFormatter : public CLI::Formatter
+{
+public:
+    HelpFormatter()
+    {
+        column_width(optionColumn);
+        label("OPTIONS", "options");
+        label("SUBCOMMAND", "COMMAND");
+        label("Positionals", "Arguments");
+    }
+
+    std::string make_usage(const CLI::App *app, std::string name) const override
+    {
+        const std::string usage = '\n' + CLI::Formatter::make_usage(app, name);
+        return app->get_parent() ? usage : usage + "       " + name + " [options] LOG...\n";
+    }
+};
+
+std::string footer(const CommandHelp &help)
+{
+    std::string text = "Example:\n  ";
+    for (const char character : help.example) {
+        text += character;
+        if (character == '\n')
+            text += "  ";
+    }
+    return text;
+}
+
+void declareProgram(CLI::App &app)
+{
+    app.name("orva-host");
+    app.description("Reads telemetry logs, comma-separated text exports (.csv) and binary logs (.ld),\n"
+                    "and prints what they hold.");
+    app.formatter(std::make_shared<HelpFormatter>());
+    app.set_help_flag("-h,--help", "Print this help and exit");
+    app.set_version_flag("--version", "orva-host " ORVA_VERSION, "Print the version and exit");
+    app.require_subcommand(
+        1); // also keeps a log that is named like a command from ending the first command's arguments
+    app.footer("Without a command, the laps are listed. \"orva-host COMMAND --help\" explains a command.\n"
+               "\n"
+               "Exit status: 0 success, 1 something cannot be read or written, 2 the command line is\n"
+               "wrong, 3 something about a log is amiss.");
+}
+
+void declareCommand(CLI::App &app, Command &command)
+{
+    const CommandHelp &help = command.help();
+    CLI::App *sub = app.add_subcommand(help.name, help.summary);
+    sub->group("Commands");
+    sub->footer(footer(help));
+    sub->set_help_flag("-h,--help", "Print this help and exit");
+    sub->allow_extras(); // refused below, in words of our own
+    command.declare(*sub);
+}
+
+// The parser takes "[a,b]" for a list of arguments, although a file may be called so.
+QString guardedPath(const QString &word)
+{
+    const bool isPath = word.startsWith(u'[') && word.endsWith(u']') && QFileInfo::exists(word);
+    return isPath ? QLatin1String("./") + word : word;
+}
+
+[[noreturn]] void refuse(const QString &text, const QString &command = {})
+{
+    throw Failure(QStringLiteral("%1 (see orva-host %2--help)").arg(text, command), ExitStatus::BadCommandLine);
+}
+
+// What the parser says of an option ("--lap: 1 required N missing") in words for people.
+QString problem(const CLI::ParseError &error)
+{
+    const QString text = QString::fromLocal8Bit(error.what());
+    if (text == QLatin1String("LOG is required"))
+        return QStringLiteral("no log given");
+    const QString option = text.section(QLatin1String(": "), 0, 0);
+    if (text.contains(QLatin1String(" required ")) && text.endsWith(QLatin1String(" missing")))
+        return option + QLatin1String(" needs a value");
+    if (text.contains(QLatin1String("At Most 1 ")))
+        return option + QLatin1String(" is given more than once");
+    if (text.endsWith(QLatin1String("a disallowed flag override")))
+        return QLatin1String("--") + text.section(u' ', 0, 0) + QLatin1String(" takes no value");
+    return text.simplified();
+}
+
+} // namespace
+
+Command *readCommandLine(const QStringList &arguments, const CommandList &commands, Output &output)
+{
+    CLI::App app;
+    declareProgram(app);
+    for (const auto &command : commands)
+        declareCommand(app, *command);
+
+    QStringList words = arguments.sliced(1);
+    const auto find = [&commands](const QString &name) {
+        return std::find_if(commands.begin(), commands.end(),
+                            [&name](const auto &command) { return command->help().name == name.toStdString(); });
+    };
+    if (words.isEmpty())
+        refuse(QStringLiteral("no log given"));
+    if (const QStringList own{QStringLiteral("-h"), QStringLiteral("--help"), QStringLiteral("--version")};
+        find(words.first()) == commands.end() && !own.contains(words.first())) {
+        for (const QString &word : std::as_const(words)) {
+            if (find(word) != commands.end())
+                refuse(
+                    QStringLiteral("\"%1\" is a command and comes first; write ./%1 for a log of that name").arg(word));
+        }
+        words.prepend(QString::fromStdString(commands.front()->help().name));
+    }
+
+    try {
+        std::vector<std::string> reversed; // as the parser wants them
+        std::transform(words.crbegin(), words.crend(), std::back_inserter(reversed),
+                       [](const QString &word) { return guardedPath(word).toStdString(); });
+        app.parse(std::move(reversed));
+        for (const CLI::App *parsed : app.get_subcommands()) {
+            if (const auto unknown = parsed->remaining(); !unknown.empty())
+                refuse(QStringLiteral("unknown option %1").arg(QString::fromStdString(unknown.front())),
+                       words.first() + u' ');
+        }
+    } catch (const CLI::CallForHelp &) {
+        for (CLI::App *parsed : app.get_subcommands())
+            parsed->description((*find(words.first()))->help().description); // says more than its line in the list
+        output.writeText(QString::fromStdString(app.help()));
+        return nullptr;
+    } catch (const CLI::CallForVersion &) {
+        output.writeText(QString::fromStdString(app.version()) + u'\n');
+        return nullptr;
+    } catch (const CLI::ParseError &error) {
+        refuse(problem(error), words.first() + u' ');
+    }
+    return find(words.first())->get();
+}
+
+} // namespace Host

@@ -1,0 +1,20 @@
+#include "host/commands.h"
+
+#include "host/channelscommand.h"
+#include "host/lapscommand.h"
+#include "host/setupcommand.h"
+#include "host/valuescommand.h"
+
+namespace Host {
+
+CommandList allCommands()
+{
+    CommandList commands;
+    commands.push_back(lapsCommand());
+    commands.push_back(channelsCommand());
+    commands.push_back(valuesCommand());
+    commands.push_back(setupCommand());
+    return commands;
+}
+
+} // namespace Host

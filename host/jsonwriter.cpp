@@ -1,0 +1,37 @@
+#include "host/jsonwriter.h"
+
+#include "sdk/sdk_utils.h"
+
+#include <array>
+#include <charconv>
+
+namespace Host {
+
+void JsonWriter::samples(std::span<const double> samples)
+{
+    constexpr std::size_t bufferBytes = 1 << 12;
+    constexpr std::size_t longestEntry = 32; // "-2.2250738585072014e-308," takes 25
+    std::array<char, bufferBytes> buffer; // NOLINT(cppcoreguidelines-pro-type-member-init): written before it is read
+    char *next = buffer.data();
+    writer.beginRaw(rapidjson::kArrayType);
+    *next++ = '[';
+    for (const double sample : samples) {
+        if (static_cast<std::size_t>(buffer.data() + buffer.size() - next) < longestEntry) {
+            sink.write(QByteArrayView(buffer.data(), next));
+            next = buffer.data();
+        }
+        if (KOV::SDK::isValidValue(sample) && std::isfinite(sample)) {
+            next = std::to_chars(next, next + longestEntry, sample).ptr;
+        } else {
+            constexpr QByteArrayView none("null");
+            next = std::copy(none.begin(), none.end(), next);
+        }
+        *next++ = ',';
+    }
+    if (!samples.empty())
+        --next; // the last comma
+    *next++ = ']';
+    sink.write(QByteArrayView(buffer.data(), next));
+}
+
+} // namespace Host
