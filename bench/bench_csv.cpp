@@ -62,7 +62,7 @@ qint64 walkLines(const QString &path, Stopwatch *watch)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return 0;
-    LineReader lines(&file);
+    Csv::LineReader lines(&file);
     qint64 count = 0;
     while (lines.next())
         ++count;

@@ -7,9 +7,11 @@
 #include <algorithm>
 #include <utility>
 
+namespace Csv {
+
 namespace {
 
-constexpr std::size_t mostColumns = std::size_t{1} << 20; // real exports have some hundreds
+constexpr std::size_t maxColumns = std::size_t{1} << 20; // real exports have some hundreds
 
 // Gives equal texts one index, in order of first appearance.
 class TextIndex
@@ -40,13 +42,13 @@ private:
 
 void ColumnPlan::setNames(const QString &row)
 {
-    columns.reserve(std::min(static_cast<std::size_t>(row.count(u',')) + 1, mostColumns));
+    columns.reserve(std::min(static_cast<std::size_t>(row.count(u',')) + 1, maxColumns));
     TextIndex index(&names);
     std::vector<qint32> lastColumns; // by name
     for (const QStringView title : QStringView(row).tokenize(u',')) {
-        if (columns.size() == mostColumns)
+        if (columns.size() == maxColumns)
             break;
-        const qint32 name = index.indexOf(Csv::valueName(title));
+        const qint32 name = index.indexOf(valueName(title));
         lastColumns.resize(static_cast<std::size_t>(names.size()), -1);
         qint32 &last = lastColumns[static_cast<std::size_t>(name)];
         columns.push_back(
@@ -65,3 +67,5 @@ void ColumnPlan::setUnits(const QString &row)
     }
     unitsAreSet = true;
 }
+
+} // namespace Csv

@@ -8,23 +8,25 @@
 #include <cstddef>
 #include <vector>
 
-/// Value names and units by column. A value name is the column's title in lower case without blanks and minus signs.
+namespace Csv {
+
+/// Value names (csvtext.h) and units by column.
 ///
-/// Made once a file, so that nothing is normalised or looked up a row. Sixteen bytes a column and each name and unit
-/// once. Columns behind the first 1,048,576 are left out, as though they had no name.
+/// Made once per file, so that no row has to normalise titles or look names up. Takes sixteen bytes per column, and
+/// each different name and unit once. Columns after the first 1,048,576 are left out, as if they had no name.
 class ColumnPlan
 {
 public:
     /// The channel-name row, without quotes.
     void setNames(const QString &row);
-    /// The unit row, without quotes. Columns behind its last entry have a null unit.
+    /// The unit row, without quotes. Columns after its last entry have a null unit.
     void setUnits(const QString &row);
 
     bool hasNames() const { return !columns.empty(); }
     bool hasUnits() const { return unitsAreSet; }
     std::size_t columnCount() const { return columns.size(); }
     const QString &name(std::size_t column) const { return names[columns[column].name]; }
-    /// How many different names the first @p columnCount columns have.
+    /// The number of different names among the first @p columnCount columns.
     qint32 nameCount(std::size_t columnCount) const
     {
         return columnCount == 0 ? 0 : columns[columnCount - 1].nameCount;
@@ -51,3 +53,5 @@ private:
     QList<QString> units;
     bool unitsAreSet = false;
 };
+
+} // namespace Csv

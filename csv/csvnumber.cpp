@@ -8,7 +8,7 @@ namespace Csv {
 
 namespace {
 
-// Up to this many digits any integer is exact in a double, and so are the powers of ten below: one multiplication or
+// An integer of up to this many digits is exact in a double, and so are these powers of ten: one multiplication or
 // division of the two rounds once, like any correct conversion.
 constexpr int exactDigits = 15;
 constexpr std::array exactPowersOfTen{1.0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
@@ -45,7 +45,7 @@ bool exactDecimal(std::string_view text, char decimalSign, double *value)
 
     if (at != end && (*at == 'e' || *at == 'E') && !hasComma) {
         ++at;
-        const bool isDown = at != end && *at == '-';
+        const bool isNegativeExponent = at != end && *at == '-';
         if (at != end && (*at == '-' || *at == '+'))
             ++at;
         if (end - at < 1 || end - at > 3)
@@ -53,10 +53,10 @@ bool exactDecimal(std::string_view text, char decimalSign, double *value)
         int written = 0;
         for (; at != end && isDigit(*at); ++at)
             written = written * 10 + (*at - '0');
-        exponent += isDown ? -written : written;
+        exponent += isNegativeExponent ? -written : written;
     }
-    constexpr auto largestPower = static_cast<int>(exactPowersOfTen.size()) - 1;
-    if (at != end || exponent < -largestPower || exponent > largestPower)
+    constexpr auto maxPower = static_cast<int>(exactPowersOfTen.size()) - 1;
+    if (at != end || exponent < -maxPower || exponent > maxPower)
         return false;
 
     auto magnitude = static_cast<double>(integer);

@@ -22,21 +22,13 @@ bool isAscii(std::string_view text)
     return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
 }
 
-// What stands in a pair of quotes that fills a field: a number loses the quotes, a text keeps them and so reads as 0.
-bool readQuoted(std::string_view content, double *value)
+// The number of a quoted text with one comma, between digits or after them. False for any other text.
+bool readQuotedDecimal(std::string_view content, std::size_t comma, double *value)
 {
-    if (exactDecimal(content, ',', value))
-        return true;
-    const std::size_t comma = content.find(',');
     const std::size_t sign = content.starts_with('-') ? 1 : 0;
-    const std::string_view integer = content.substr(sign, comma - sign);
-    const bool startsAsInteger = !integer.empty() && isDigits(integer);
-    if (comma == std::string_view::npos) {
-        *value = startsAsInteger ? toDouble(content) : 0.0;
-        return isAscii(content);
-    }
     std::array<char, 64> withPoint{};
-    if (!startsAsInteger || !isDigits(content.substr(comma + 1)) || content.size() > withPoint.size())
+    if (comma == sign || !isDigits(content.substr(sign, comma - sign)) || !isDigits(content.substr(comma + 1)) ||
+        content.size() > withPoint.size())
         return false;
     std::copy(content.begin(), content.end(), withPoint.begin());
     withPoint[comma] = '.';
@@ -44,23 +36,36 @@ bool readQuoted(std::string_view content, double *value)
     return true;
 }
 
-// Stores the number of any field and returns the field's end; null when a comma, a quote or a character beyond ASCII in
-// it makes that a matter of the whole row.
-Q_NEVER_INLINE const char *readField(const char *at, const char *end, double *value)
+// The content of a pair of quotes that encloses a field: an integer or a decimal loses the quotes, any other text keeps
+// them and so reads as 0.
+bool readQuotedContent(std::string_view content, double *value)
 {
-    const auto textUpTo = [&at](const char *textEnd) {
-        return std::string_view(at, static_cast<std::size_t>(textEnd - at));
-    };
-    if (*at == quote) {
-        ++at;
-        const char *const closing = std::find(at, end, quote);
-        const char *const fieldEnd = closing + 1;
-        if (closing == end || (fieldEnd != end && *fieldEnd != ','))
-            return nullptr;
-        return readQuoted(textUpTo(closing), value) ? fieldEnd : nullptr;
-    }
+    if (exactDecimal(content, ',', value))
+        return true;
+    if (const std::size_t comma = content.find(','); comma != std::string_view::npos)
+        return readQuotedDecimal(content, comma, value);
+    const std::string_view digits = content.substr(content.starts_with('-') ? 1 : 0);
+    *value = !digits.empty() && isDigits(digits) ? toDouble(content) : 0.0;
+    return isAscii(content);
+}
+
+// These store the number of a field and return the field's end; null when a comma, a quote or a character beyond ASCII
+// in it makes the whole row a case for the reference path.
+
+// A field that begins with a quote before `at`.
+const char *readQuotedField(const char *at, const char *end, double *value)
+{
+    const char *const closing = std::find(at, end, quote);
+    const char *const fieldEnd = closing + 1;
+    if (closing == end || (fieldEnd != end && *fieldEnd != ','))
+        return nullptr;
+    return readQuotedContent({at, static_cast<std::size_t>(closing - at)}, value) ? fieldEnd : nullptr;
+}
+
+const char *readUnquotedField(const char *at, const char *end, double *value)
+{
     const char *const fieldEnd = std::find(at, end, ',');
-    const std::string_view field = textUpTo(fieldEnd);
+    const std::string_view field(at, static_cast<std::size_t>(fieldEnd - at));
     if (exactDecimal(field, '.', value))
         return fieldEnd;
     if (!isAscii(field) || field.find(quote) != std::string_view::npos)
@@ -69,8 +74,15 @@ Q_NEVER_INLINE const char *readField(const char *at, const char *end, double *va
     return fieldEnd;
 }
 
-// Both store the number of a usual field, one of up to eight characters with a comma or the row's end behind it, and
-// return the end of the field; null for any other field.
+Q_NEVER_INLINE const char *readField(const char *at, const char *end, double *value)
+{
+    return *at == quote ? readQuotedField(at + 1, end, value) : readUnquotedField(at, end, value);
+}
+
+// These do the same for a usual field: one of up to eight characters that a comma or the row's end follows. Null for
+// any other field.
+
+static_assert(sizeof(quint64) <= LineReader::slack, "words are loaded that reach beyond the row, before it and after");
 
 Q_ALWAYS_INLINE const char *readShortField(const char *at, const char *end, double *value)
 {
@@ -87,7 +99,7 @@ Q_ALWAYS_INLINE const char *readShortField(const char *at, const char *end, doub
     return fieldEnd;
 }
 
-// The same for a field that begins with a quote in front of `at`.
+// A field that begins with a quote before `at`.
 Q_ALWAYS_INLINE const char *readShortQuotedField(const char *at, const char *end, double *value)
 {
     const quint64 word = loadWord(at);
@@ -104,11 +116,11 @@ Q_ALWAYS_INLINE const char *readShortQuotedField(const char *at, const char *end
     const bool hasComma = lowestMark(bytesEqual(word, ',')) < length;
     if (!hasPoint || hasComma || (word & highBits) != 0)
         return nullptr;
-    *value = 0.0; // a point is no decimal sign in quotes
+    *value = 0.0; // within quotes, a point is not a decimal sign
     return fieldEnd;
 }
 
-// As many fields as readRow promises, or 0 when the row has to go the plain way.
+// The fast path: what readRow returns, or 0 for a row that has to take the reference path.
 std::size_t readRowQuickly(std::string_view line, std::span<double> values)
 {
     const char *at = line.data();

@@ -12,17 +12,18 @@
 
 namespace Csv {
 
-/// Whether nothing is left of @p line after processCsvString: it is empty, or an even number of quotes alone.
+/// Whether processCsvString leaves nothing of @p line: it is empty, or an even number of quotes and nothing else.
 bool isEmptyRow(std::string_view line);
 
-/// Reads the numbers of the row @p line into the front of @p values and returns how many fields it has, though at most
-/// values.size(): fields behind that are not looked at. 0 for an empty row, else at least 1.
+/// Reads the numbers of the row @p line into the front of @p values and returns the number of its fields, at most
+/// values.size(): fields beyond that are not looked at. 0 for an empty row, otherwise at least 1.
 ///
-/// The result is readRowPlainly's. Rows as the exporting tools write them are read where they stand; a row with
-/// anything unusual in its quotes, or that is not ASCII, goes the plain way. Allocates for those only.
+/// The result is that of readRowPlainly. Rows as exporting tools write them take the fast path, which reads them in
+/// place; a row with anything unusual in its quotes, or that is not ASCII, takes the reference path. Only that one
+/// allocates.
 std::size_t readRow(const LineReader &line, std::span<double> values);
 
-/// The same by the plain way: processCsvString, a split at every comma, QString::toDouble.
+/// The reference path: processCsvString, a split at every comma, QString::toDouble.
 std::size_t readRowPlainly(QString line, std::span<double> values);
 
 } // namespace Csv

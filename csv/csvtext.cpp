@@ -5,7 +5,7 @@
 void processCsvString(QString &line)
 {
     static const QRegularExpression quotedInteger(QStringLiteral("\"(-?[0-9]+)\""));
-    // Possessive, since otherwise a long run of digits without a quote behind it is split in two at every place.
+    // Possessive: otherwise a long run of digits without a closing quote is tried in two parts, split at every place.
     static const QRegularExpression quotedDecimal(QStringLiteral("\"(-?[0-9]++),?([0-9]++)?\""));
 
     if (!line.contains(u'"'))

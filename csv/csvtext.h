@@ -19,6 +19,6 @@ inline QString valueName(QStringView title)
 /// Takes the quotes off the numbers of a data row, in place: first every pair of adjacent quotes goes, then the quotes
 /// around integers, then those around integers with a decimal comma, which becomes a point.
 ///
-/// Knows nothing of fields; whatever else stands in quotes keeps them, a quoted number with a decimal point included,
-/// and reads as 0.0 later. A line of an even number of quotes alone becomes empty. Thread-safe.
+/// Fields play no part in this. Any other quoted text keeps its quotes and so reads as 0.0 later, a number with a
+/// decimal point included. A line of nothing but an even number of quotes becomes empty. Thread-safe.
 ORVA_EXPORT void processCsvString(QString &line);

@@ -5,10 +5,12 @@
 #include <algorithm>
 #include <cstring>
 
+namespace Csv {
+
 namespace {
 
 constexpr std::size_t blockSize = std::size_t{256} * 1024;
-constexpr std::size_t longestLine = std::size_t{256} * 1024 * 1024;
+constexpr std::size_t maxLine = std::size_t{256} * 1024 * 1024;
 constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
 
 char16_t code(char c)
@@ -21,7 +23,7 @@ char16_t code(QChar c)
     return c.unicode();
 }
 
-// The length of a line without its ending: one LF, and one CR in front of that or of the end of the file.
+// The length of a line without its ending: one LF, and one CR before it or before the end of the file.
 template <typename View>
 auto lengthWithoutEnding(const View &line)
 {
@@ -33,8 +35,9 @@ auto lengthWithoutEnding(const View &line)
     return length;
 }
 
-// A decoder of its own, since QString::fromUtf8 would drop a mark at the beginning of a line in mid-file and would not
-// drop a sequence that the end of the file cuts off. The ending goes last: it tells a broken sequence from a cut one.
+// Uses a decoder of its own: QString::fromUtf8 would drop a byte order mark at the start of any line, and would keep a
+// sequence that the end of the file cuts off. The line's ending must still be there: it tells a broken sequence from a
+// cut one.
 QString decoded(std::string_view line)
 {
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
@@ -62,7 +65,7 @@ bool LineReader::next()
     return wideDecoder ? nextOfWideText() : nextOfBytes();
 }
 
-// Adds what the device has to the buffer, behind its last byte; false at the end of the file.
+// Appends the next bytes of the device to the buffer; false at the end of the file.
 bool LineReader::readBlock()
 {
     if (begin > slack) {
@@ -91,7 +94,7 @@ bool LineReader::nextOfBytes()
         if (newline)
             break;
         searched = end - begin;
-        if (searched > longestLine)
+        if (searched > maxLine)
             return false;
         if (isAtEnd || !readBlock())
             break;
@@ -100,7 +103,7 @@ bool LineReader::nextOfBytes()
     rawLine = {buffer.data() + begin, length};
     line = rawLine.substr(0, lengthWithoutEnding(rawLine));
     begin += length;
-    // A cut-off sequence alone, which is up to three bytes, makes no line.
+    // A cut-off sequence of up to three bytes is not a line.
     return newline || length > 3 || !decoded(rawLine).isEmpty();
 }
 
@@ -113,7 +116,7 @@ bool LineReader::nextOfWideText()
         if (newline >= 0)
             break;
         searched = wideBuffer.size() - wideBegin;
-        if (static_cast<std::size_t>(searched) > longestLine)
+        if (static_cast<std::size_t>(searched) > maxLine)
             return false;
         if (begin == end && (isAtEnd || !readBlock()))
             break;
@@ -147,3 +150,5 @@ QString LineReader::text() const
     text.truncate(lengthWithoutEnding(text));
     return text;
 }
+
+} // namespace Csv

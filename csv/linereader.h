@@ -12,19 +12,21 @@
 #include <string_view>
 #include <vector>
 
+namespace Csv {
+
 /// Walks a device line by line, and gives the lines that QTextStream::readLine with default settings gives.
 ///
 /// A byte order mark at the start decides between UTF-8 (also the default), UTF-16 and UTF-32. LF and CR LF end a line,
 /// a lone CR does not; the last line needs no ending. Each invalid byte of UTF-8 reads as one U+FFFD, and a sequence
-/// that the end of the file cuts off as nothing. A read error counts as the end, and so does a line of more than 256 Mi
-/// characters: what holds one is no text.
+/// that the end of the file cuts off reads as nothing. A read error counts as the end, and so does a line of more than
+/// 256 Mi characters: a file with such a line is not a text.
 ///
-/// Memory: a block of 256 KiB, or up to three times the longest line; some seven times where the file is not UTF-8.
+/// Memory: a block of 256 KiB, or up to three times the longest line; about seven times where the file is not UTF-8.
 class LineReader
 {
 public:
-    /// Bytes in front of a line and behind it that may be read, though they mean nothing: number readers load words.
-    /// Only the first behind it is known: a line feed or a carriage return.
+    /// Bytes before and after a line that may be read, though they mean nothing: number readers load whole words. Only
+    /// the first byte after it is known: a line feed or a carriage return.
     static constexpr std::size_t slack = 8;
 
     /// Reads from @p device, which is open and outlives the reader.
@@ -33,11 +35,11 @@ public:
     /// Goes to the next line; false when there is none.
     bool next();
 
-    /// The line without its ending, in ASCII or something near UTF-8; the view lives until next(). Nothing where the
-    /// file is in another encoding and the line is not ASCII: text() alone has it then. A line with bytes above 127 is
-    /// to be read through text(), which knows what becomes of broken ones.
+    /// The line without its ending, in ASCII or what should be UTF-8; the view lives until next(). Nothing where the
+    /// file has another encoding and the line is not ASCII. A line with bytes above 127 is to be read by text(), which
+    /// knows what becomes of invalid ones.
     const std::optional<std::string_view> &bytes() const { return line; }
-    /// The line without its ending, decoded anew on each call.
+    /// The line without its ending; decoded on each call.
     QString text() const;
 
 private:
@@ -48,7 +50,7 @@ private:
 
     QIODevice *device;
     std::optional<QStringDecoder> wideDecoder; // set when the file is not UTF-8
-    std::vector<char> buffer;                  // the bytes from `begin` to `end` are still to be given out
+    std::vector<char> buffer;                  // the bytes from `begin` to `end` have not been handed out
     std::size_t begin = slack;
     std::size_t end = slack;
     bool isAtEnd = false;
@@ -56,6 +58,8 @@ private:
     QString wideBuffer;
     qsizetype wideBegin = 0;
     QStringView wideLine;
-    std::string narrowLine; // an ASCII line of a wide file, in between slacks
+    std::string narrowLine; // an ASCII line of a wide file, between two slacks
     std::optional<std::string_view> line;
 };
+
+} // namespace Csv

@@ -2,6 +2,7 @@
 
 #include "csv/columnplan.h"
 #include "csv/csvrow.h"
+#include "csv/importbudget.h"
 #include "csv/linereader.h"
 #include "csv/rowstage.h"
 #include "ld/ldx.h"
@@ -30,18 +31,19 @@ namespace LapChannels = KOV::SDK::LapChannels;
 
 namespace {
 
-constexpr double lapCutFall = 0.75;           // of a lap: a larger fall of the distance is the start of a new lap
-constexpr int decimation = 6;                 // a 360-per-second export is thinned to 60 per second
-constexpr long long laterRoom = 32;           // a lap gets room for one part in so many more rows than the one before
-constexpr long long spareRoom = 16;           // one part in so many of a finished lap's room may stand empty
-constexpr long long mostReserved = 1LL << 26; // samples, over all channels, that get room ahead of their rows
+constexpr double lapCutFall = 0.75;          // of a lap: a larger fall of the distance is the start of a new lap
+constexpr int decimation = 6;                // a 360-per-second export is thinned to 60 per second
+constexpr long long laterRoom = 32;          // a lap gets room for one part in so many more rows than the one before
+constexpr long long spareRoom = 16;          // one part in so many of a finished lap's room may stand empty
+constexpr long long maxReserved = 1LL << 26; // samples, over all channels, that get room before their rows come
 
 QString withoutQuotes(QString line)
 {
     return line.remove(u'"');
 }
 
-// The logged time of the lap before, in seconds: the last positive sample, since it is written some rows into the lap.
+// The logged time of the previous lap, in seconds: the last positive sample, since it is written some rows into the
+// lap.
 double loggedLapTime(const Channel &channel)
 {
     for (long long i = channel.size() - 1; i >= 0; --i) {
@@ -51,8 +53,8 @@ double loggedLapTime(const Channel &channel)
     return KOV::SDK::invalidValue;
 }
 
-// Seconds that a file names, as milliseconds with the fraction dropped. Beyond an int's range the nearest bound stands
-// in: the conversion itself would be undefined there.
+// Seconds from a file as milliseconds, with the fraction dropped. Values outside the range of int are clamped: their
+// conversion would be undefined.
 int wholeMilliseconds(double seconds)
 {
     constexpr double millisecondsPerSecond = 1000.0;
@@ -61,51 +63,35 @@ int wholeMilliseconds(double seconds)
     return static_cast<int>(std::clamp(seconds * millisecondsPerSecond, lowest, highest));
 }
 
-// Bounds what a file may cost beyond the numbers that it holds: the channels and sidecar values of each lap,
-// and the padding that keeps channels one length where rows are shorter than others. Real exports need next to nothing
-// of it; a hostile one of a megabyte could ask for a terabyte.
-class Allowance
+// The data rows that an import reads: all of them, or every sixth of those that are not empty.
+class KeptRows
 {
 public:
-    /// For a file of @p fileSize bytes, whose laps get @p valuesPerLap values of the sidecar each.
-    Allowance(qint64 fileSize, qint64 valuesPerLap)
-        : padding(basePadding + std::min(fileSize, largestFile) * paddingPerByte)
-        , entries(baseEntries + fileSize / bytesPerEntry)
-        , entriesPerLap(valuesPerLap)
+    KeptRows(Csv::LineReader *lines, bool decimate)
+        : lines(lines)
+        , decimate(decimate)
     {
     }
 
-    // These count what is to be done, and answer false when the allowance does not reach.
-
-    /// Channels that begin a lap.
-    bool takeLap(long long channelCount)
+    bool next()
     {
-        entries -= entriesOfLap + entriesPerLap + channelCount;
-        return entries >= 0;
-    }
-    /// Channels that come to a lap of @p rowCount rows.
-    bool takeChannels(long long channelCount, long long rowCount)
-    {
-        entries -= channelCount;
-        return entries >= 0 && takePadding(channelCount * rowCount);
-    }
-    bool takePadding(long long sampleCount)
-    {
-        padding -= sampleCount;
-        return padding >= 0;
+        while (lines->next()) {
+            if (!decimate)
+                return true;
+            if (lines->bytes() && Csv::isEmptyRow(*lines->bytes()))
+                continue;
+            const bool isKept = rowCounter == 0;
+            rowCounter = (rowCounter + 1) % decimation;
+            if (isKept)
+                return true;
+        }
+        return false;
     }
 
 private:
-    static constexpr long long basePadding = 8LL * 1024 * 1024; // samples
-    static constexpr long long paddingPerByte = 4;
-    static constexpr long long baseEntries = 512LL * 1024; // channels and values, a quarter of a KiB each when empty
-    static constexpr long long entriesOfLap = 3;           // itself, and the channel that is derived
-    static constexpr long long bytesPerEntry = 8;
-    static constexpr qint64 largestFile = qint64(1) << 56; // sparse ones can claim more
-
-    long long padding;
-    long long entries;
-    long long entriesPerLap; // of the sidecar
+    Csv::LineReader *lines;
+    bool decimate;
+    int rowCounter = 0;
 };
 
 } // namespace
@@ -131,7 +117,7 @@ QList<QSharedPointer<Lap>> ORVAReader::importLaps(const QString &path)
     session = Session::UnknownSession;
 
     QFile file(path);
-    const bool isPath = !path.contains(QChar(u'\0')); // Qt complains aloud about others
+    const bool isPath = !path.contains(QChar(u'\0')); // Qt prints a warning about others
     if (isPath && QFileInfo(file).isFile() && file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         const QString sidecar = sidecarPath(path);
         session = loadSession(sidecar);
@@ -139,8 +125,8 @@ QList<QSharedPointer<Lap>> ORVAReader::importLaps(const QString &path)
         startStint();
         lap.header().sessionId = QUuid::createUuid();
 
-        LineReader lines(&file);
-        ColumnPlan plan;
+        Csv::LineReader lines(&file);
+        Csv::ColumnPlan plan;
         if (readPreamble(lines, &plan))
             readRows(lines, plan, file.size(), ldxValues.size());
         processLap(false);
@@ -157,7 +143,7 @@ QList<QSharedPointer<Lap>> ORVAReader::importLaps(const QString &path)
 }
 
 // Reads up to the first data row; false if the file ends before.
-bool ORVAReader::readPreamble(LineReader &lines, ColumnPlan *plan)
+bool ORVAReader::readPreamble(Csv::LineReader &lines, Csv::ColumnPlan *plan)
 {
     enum class Block
     {
@@ -184,77 +170,58 @@ bool ORVAReader::readPreamble(LineReader &lines, ColumnPlan *plan)
     return false;
 }
 
-void ORVAReader::readRows(LineReader &lines, const ColumnPlan &plan, qint64 fileSize, qint64 valuesPerLap)
+void ORVAReader::readRows(Csv::LineReader &lines, const Csv::ColumnPlan &plan, qint64 fileSize, qint64 valuesPerLap)
 {
-    Allowance allowance(fileSize, valuesPerLap);
-    RowStage stage(&plan, LapChannels::distance);
-    std::span<const double> stagedRow; // the row in hand, where it went the straight road
-    // A complete row takes at least a digit and a comma a column: no lap has more of them, whatever the one before had.
-    // What a file claims to be long, and is not, must not make the system refuse the memory.
-    const auto columnCount = static_cast<long long>(plan.columnCount());
-    const long long mostRows = std::min(fileSize / 2, mostReserved) / columnCount + 1;
-    qint32 rowCounter = 0;
-    while (lines.next()) {
-        if (decimate) {
-            if (lines.bytes() && Csv::isEmptyRow(*lines.bytes()))
-                continue;
-            const bool isSkipped = rowCounter != 0;
-            rowCounter = (rowCounter + 1) % decimation;
-            if (isSkipped)
-                continue;
-        }
+    Csv::ImportBudget budget(fileSize, valuesPerLap);
+    Csv::RowStage stage(&plan);
+    for (KeptRows rows(&lines, decimate); rows.next();) {
         const std::span<double> row = stage.row();
         const std::size_t fieldCount = Csv::readRow(lines, row);
         if (fieldCount == 0)
             continue;
-
-        const double lapDistance = stage.derivedSource(fieldCount) * LapChannels::percent;
+        const double lapDistance = stage.lapDistanceField(fieldCount) * LapChannels::percent;
         const bool startsLap = isLapCut(lapDistance);
         const long long channelCount = plan.nameCount(fieldCount);
         const long long newChannels = channelCount - plan.nameCount(stage.width());
         if (fieldCount <= stage.width() && !startsLap) {
-            if (!allowance.takePadding(-newChannels)) {
-                stagedRow = {};
+            if (!budget.takePadding(-newChannels))
                 break;
-            }
             lastLapDistPct = lapDistance;
             stage.commit(fieldCount, lapDistance);
-            stagedRow = row.first(fieldCount);
             continue;
         }
 
         stage.flush();
-        const bool isAllowed = startsLap || lap.isEmpty() ? allowance.takeLap(channelCount)
-                                                          : allowance.takeChannels(newChannels, lap.size());
-        if (!isAllowed)
+        const bool isWithinBudget =
+            startsLap || lap.isEmpty() ? budget.takeLap(channelCount) : budget.takeChannels(newChannels, lap.size());
+        if (!isWithinBudget)
             break;
-        stagedRow = {};
         enterRow(plan, row.first(fieldCount));
         processData();
-        const auto rowBytes = lines.bytes() ? static_cast<qint64>(lines.bytes()->size()) + 1 : 1;
-        stage.bind(&lap, fieldCount,
-                   std::min(expectedRows(fileSize / rowBytes / (decimate ? decimation : 1)), mostRows));
+        stage.bind(&lap, fieldCount, expectedRows(lines, plan, fileSize));
     }
     stage.flush();
-    if (!stagedRow.empty()) { // it stays in `sample`, whichever way it went
-        enterRow(plan, stagedRow);
-        sample.dynamicData.setValue(LapChannels::distance, lastLapDistPct, QString());
-    }
 }
 
-void ORVAReader::enterRow(const ColumnPlan &plan, std::span<const double> numbers)
+void ORVAReader::enterRow(const Csv::ColumnPlan &plan, std::span<const double> numbers)
 {
     sample.dynamicData.clear();
     for (std::size_t column = 0; column < numbers.size(); ++column)
         sample.dynamicData.setValue(plan.name(column), numbers[column], plan.unit(column));
 }
 
-// A little more than the lap before had, since laps of one log are much of a length; for the first lap what the whole
-// file may hold. Growing step by step is slow, and room that is not used costs no memory until it is.
-long long ORVAReader::expectedRows(long long rowsOfFile) const
+// A little more than the last lap had, since laps of one log are much the same length; for the first lap what the whole
+// file may hold. Growing step by step is slow, and room that is not used costs no memory.
+long long ORVAReader::expectedRows(const Csv::LineReader &line, const Csv::ColumnPlan &plan, qint64 fileSize) const
 {
-    const long long rows = laps.isEmpty() ? rowsOfFile : laps.constLast()->size();
-    return rows + rows / laterRoom;
+    const auto lineBytes = line.bytes() ? static_cast<qint64>(line.bytes()->size()) + 1 : 1;
+    const long long rows =
+        laps.isEmpty() ? fileSize / lineBytes / (decimate ? decimation : 1) : laps.constLast()->size();
+    // A complete row takes at least a digit and a comma per column: no lap has more of them, whatever the last one had.
+    // A file that claims to be long, and is not, must not make the system refuse the memory.
+    const auto columnCount = static_cast<long long>(plan.columnCount());
+    const long long maxRows = std::min(fileSize / 2, maxReserved) / columnCount + 1;
+    return std::min(rows + rows / laterRoom, maxRows);
 }
 
 void ORVAReader::processHeader(const QString &line)
@@ -326,7 +293,7 @@ void ORVAReader::processLap(bool completed)
     header.venueName = venue;
     header.session = session;
     preprocessLap();
-    if (completed || !laps.isEmpty()) // a log of one lap had its room measured by the file
+    if (completed || !laps.isEmpty()) // the only lap of a log got its room by the size of the file
         releaseSpareRoom();
     auto done = QSharedPointer<Lap>::create();
     *done = lap;
@@ -340,7 +307,7 @@ void ORVAReader::preprocessLap()
         lapDistance->setUnit(LapChannels::distanceUnit);
 }
 
-// Channels grow ahead of their samples; a finished lap keeps no more room than it may need for a lap of usual length.
+// Channels grow ahead of their samples. A finished lap gives back what is more than a small part of its length.
 void ORVAReader::releaseSpareRoom()
 {
     for (const QString &name : lap.getAvailableRecordedChannels()) {

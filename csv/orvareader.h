@@ -13,13 +13,15 @@
 
 #include <span>
 
+namespace Csv {
 class ColumnPlan;
 class LineReader;
+} // namespace Csv
 
 /// Reader of one comma-separated export: header rows, channel names, units, data rows.
 ///
 /// Made for one import and used on one thread. Laps are cut where the lap distance falls by more than three quarters of
-/// a lap; lap times are found in the lap that follows.
+/// a lap; the time of a lap is found in the next one.
 class ORVAReader : public QObject
 {
     Q_OBJECT
@@ -29,28 +31,26 @@ public:
 
     /// Reads the export at @p path and the .ldx sidecar that has its base name (up to the first dot) beside it.
     ///
-    /// A path that is missing, cannot be opened or is no regular file (a pipe could block and a device never end) gives
-    /// an empty list; a file without data rows one lap without channels. What is no number reads as 0.0, a field that a
-    /// short row lacks as invalidValue, and fields behind the last channel name are dropped.
+    /// A path that is missing, cannot be opened or is not a regular file (a pipe could block and a device never end)
+    /// gives an empty list; a file without data rows gives one lap without channels. A field that is not a number reads
+    /// as 0.0, a field that a short row lacks as invalidValue, and fields after the last channel name are dropped.
     ///
-    /// Rows of uneven length are padded and laps of few rows hold little, so both cost more memory than their text.
-    /// That is allowed up to 8 Mi samples of padding and 4 more a byte of the file, and up to 512 Ki channels and
-    /// sidecar values over all laps and one more for every 8 bytes, where a lap counts as three more. Where a file asks
-    /// for more, reading ends as at its end, and the laps up to there are returned.
+    /// Padding, channels and sidecar values may take 512 MiB, and 32 bytes more per byte of the file. Where a file
+    /// needs more, reading ends as if the file ended there, and the laps read so far are returned.
     QList<QSharedPointer<KOV::SDK::Lap>> importLaps(const QString &path);
 
     /// Repairs the channel "lapcurrentlaptime" of @p lap by its "lapdistpct"; without both nothing happens.
     static void fixLapTime(KOV::SDK::Lap *lap);
 
 Q_SIGNALS:
-    /// Once an import, at its end.
+    /// Once per import, at its end.
     void message(const QString &string, int verbose);
 
 private:
-    bool readPreamble(LineReader &lines, ColumnPlan *plan);
-    void readRows(LineReader &lines, const ColumnPlan &plan, qint64 fileSize, qint64 valuesPerLap);
-    void enterRow(const ColumnPlan &plan, std::span<const double> numbers);
-    long long expectedRows(long long rowsOfFile) const;
+    bool readPreamble(Csv::LineReader &lines, Csv::ColumnPlan *plan);
+    void readRows(Csv::LineReader &lines, const Csv::ColumnPlan &plan, qint64 fileSize, qint64 valuesPerLap);
+    void enterRow(const Csv::ColumnPlan &plan, std::span<const double> numbers);
+    long long expectedRows(const Csv::LineReader &line, const Csv::ColumnPlan &plan, qint64 fileSize) const;
     void processHeader(const QString &line);
     void startStint();
     void startLap();

@@ -1,46 +1,56 @@
 #include "csv/rowstage.h"
 
+#include "sdk/lapchannels.h"
+
 #include <algorithm>
 
 using KOV::SDK::Lap;
 
+namespace Csv {
+
 namespace {
 
-// More rows at once store faster, as long as all of them stay in the processor's cache.
-constexpr std::size_t mostRows = 64;
+// Larger batches are stored faster, as long as they stay in the processor's cache.
+constexpr std::size_t maxRows = 64;
 constexpr std::size_t valuesInCache = std::size_t{64} * 1024;
 
-// Asks for the memory that the next `count` samples go to. With many channels it has left the cache since the rows
-// before.
+void prefetchForWriting([[maybe_unused]] const double *address)
+{
+#if defined(__GNUC__) // and Clang
+    __builtin_prefetch(address, 1);
+#endif
+}
+
+// Prefetches the memory that the next `count` samples go to. With many channels it has left the cache since the last
+// batch.
 void prefetchEnd(const KOV::SDK::Channel &channel, std::size_t count)
 {
     constexpr std::size_t samplesPerLine = 64 / sizeof(double);
     const double *const end = channel.samples().data() + channel.size();
     const std::size_t room = std::min(count, static_cast<std::size_t>(channel.capacity() - channel.size()));
     for (std::size_t i = 0; i < room; i += samplesPerLine)
-        __builtin_prefetch(end + i, 1);
+        prefetchForWriting(end + i);
 }
 
 } // namespace
 
-RowStage::RowStage(const ColumnPlan *plan, const QString &derivedName)
+RowStage::RowStage(const ColumnPlan *plan)
     : plan(plan)
-    , derivedName(derivedName)
     , stride(plan->columnCount() + 1)
-    , capacity(std::clamp<std::size_t>(valuesInCache / stride, 1, mostRows))
+    , capacity(std::clamp<std::size_t>(valuesInCache / stride, 1, maxRows))
     , values(capacity * stride)
     , block(capacity)
 {
     for (std::size_t column = 0; column < plan->columnCount(); ++column) {
-        if (plan->name(column) == derivedName)
-            derivedColumns.push_back(column);
+        if (plan->name(column) == KOV::SDK::LapChannels::distance)
+            distanceColumns.push_back(column);
     }
 }
 
-double RowStage::derivedSource(std::size_t fieldCount)
+double RowStage::lapDistanceField(std::size_t fieldCount)
 {
-    const auto behind = std::lower_bound(derivedColumns.begin(), derivedColumns.end(), fieldCount);
-    return behind == derivedColumns.begin() ? 0.0 : nextRow()[*(behind - 1)];
+    const auto beyond = std::lower_bound(distanceColumns.begin(), distanceColumns.end(), fieldCount);
+    return beyond == distanceColumns.begin() ? 0.0 : nextRow()[*(beyond - 1)];
 }
 
 void RowStage::bind(Lap *lap, std::size_t fieldCount, long long expectedRows)
@@ -51,28 +61,28 @@ void RowStage::bind(Lap *lap, std::size_t fieldCount, long long expectedRows)
         channel->reserve(expectedRows);
         targets.push_back({channel.get(), column});
     };
-    // Where titles repeat, the last column counts.
+    // Of columns with the same title the last one counts.
     std::vector<bool> counts(fieldCount, true);
     for (std::size_t column = 0; column < fieldCount; ++column) {
         if (const qint32 before = plan->columnBefore(column); before >= 0)
             counts[static_cast<std::size_t>(before)] = false;
     }
     for (std::size_t column = 0; column < fieldCount; ++column) {
-        if (counts[column] && plan->name(column) != derivedName)
+        if (counts[column] && plan->name(column) != KOV::SDK::LapChannels::distance)
             add(plan->name(column), column);
     }
-    add(derivedName, plan->columnCount());
+    add(KOV::SDK::LapChannels::distance, plan->columnCount());
     boundWidth = fieldCount;
 }
 
-void RowStage::commit(std::size_t fieldCount, double derivedValue)
+void RowStage::commit(std::size_t fieldCount, double lapDistance)
 {
     double *const row = nextRow();
     for (std::size_t column = fieldCount; column < boundWidth; ++column) {
         const qint32 before = plan->columnBefore(column);
         row[column] = before < 0 ? KOV::SDK::invalidValue : row[before];
     }
-    row[plan->columnCount()] = derivedValue;
+    row[plan->columnCount()] = lapDistance;
     if (++rowCount == capacity)
         flush();
 }
@@ -93,3 +103,5 @@ void RowStage::flush()
     }
     rowCount = 0;
 }
+
+} // namespace Csv

@@ -42,7 +42,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         return -1;
     const QByteArray file = input.sliced(1).toByteArray();
     PieceByPiece device(file, std::max<qint64>(data[0], 1));
-    LineReader lines(&device);
+    Csv::LineReader lines(&device);
     QTextStream expected(file);
     for (QString line; expected.readLineInto(&line);) {
         Fuzz::require(lines.next() && lines.text() == line);

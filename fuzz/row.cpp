@@ -17,7 +17,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     QByteArray file = Fuzz::bytesOf(data, size).sliced(1).toByteArray();
     QBuffer device(&file);
     device.open(QIODevice::ReadOnly);
-    LineReader lines(&device);
+    Csv::LineReader lines(&device);
     std::vector<double> quick(std::max<std::size_t>(data[0], 1));
     std::vector<double> plain(quick.size());
     while (lines.next()) {

@@ -15,7 +15,7 @@ QStringList linesOf(QByteArray content)
     QBuffer buffer(&content);
     buffer.open(QIODevice::ReadOnly);
     QStringList lines;
-    for (LineReader reader(&buffer); reader.next();)
+    for (Csv::LineReader reader(&buffer); reader.next();)
         lines.append(reader.text());
     return lines;
 }

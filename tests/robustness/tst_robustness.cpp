@@ -68,7 +68,7 @@ private:
 QStringList linesOf(QIODevice &device)
 {
     QStringList texts;
-    for (LineReader lines(&device); lines.next();)
+    for (Csv::LineReader lines(&device); lines.next();)
         texts += lines.text();
     return texts;
 }
@@ -169,7 +169,7 @@ private Q_SLOTS:
         }
         QFile text(files.write(u"log.csv"_s, "12345\n"_ba.repeated(mebibyte)));
         QVERIFY(text.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
-        LineReader lines(&text);
+        Csv::LineReader lines(&text);
         qsizetype count = 0;
         for (const qint64 size : {qint64{4096}, mebibyte}) { // the second time with NULs behind
             QVERIFY(lines.next() == (count == 0) && text.resize(size));
@@ -202,8 +202,8 @@ private Q_SLOTS:
         constexpr int forColumns = base + 50; // half a KiB each
         const QByteArray wideRow = commas.first(100000) + '\n';
         row("100,000 columns", columns + wideRow.repeated(10), 1, forColumns, 8);
-        // Padding takes 64 MiB and 32 bytes for each byte, both twice: a channel's room doubles.
-        row("short rows behind a wide one", columns + wideRow + "1\n"_ba.repeated(1000000), 1, forColumns + 128, 64);
+        // Padding takes 512 MiB and 32 bytes per byte, both twice: a channel's room doubles.
+        row("short rows after a wide one", columns + wideRow + "1\n"_ba.repeated(1000000), 1, forColumns + 1024, 64);
         row("100,000 laps", preamble + "90,1\n0,2\n"_ba.repeated(100000), 100001, base + 100, 8); // of two channels
     }
     void costOfText()
@@ -258,7 +258,7 @@ private Q_SLOTS:
         const QString path = files.write(u"cost.ldx"_s, sidecar);
         const QString log = files.write(u"cost.csv"_s, "\nLap Dist Pct\n\n\n" + QByteArray("99\n0\n").repeated(100000));
         sidecar.clear();
-        limitMemory(384 * mebibyte);
+        limitMemory(768 * mebibyte); // of which 512 for the values of the laps
         QCOMPARE(loadSession(path), Session::UnknownSession);
         QTEST(!loadValues(path).isEmpty(), "hasValues");
         QVERIFY(!importCsv(log).isEmpty());
