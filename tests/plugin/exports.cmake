@@ -1,10 +1,8 @@
-# Looks at the built library as the dynamic linker does: run with -DLIBRARY, -DNM and -DREADELF.
+# Checks the built library as the dynamic linker sees it: run with -DLIBRARY, -DMAP, -DNM and -DREADELF.
 cmake_minimum_required(VERSION 3.25)
 
-set(free_functions
-  cutLaps getSessionFromString ldSampleAllowance ldSampleCount ldText loadLaps loadSession loadValues processCsvString
-  readLd readLdChannel readLdChannelHeaders readLdChannels resample resampledLength
-  sidecarPath)
+file(STRINGS ${MAP} functions REGEX "^ +[A-Za-z_0-9]+\\*?;$") # all but the patterns for KOV::SDK
+list(TRANSFORM functions REPLACE "[ *;]" "")
 
 function(run output)
   execute_process(COMMAND ${ARGN} OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
@@ -14,17 +12,16 @@ endfunction()
 run(symbols ${NM} -DC --defined-only ${LIBRARY})
 string(REGEX MATCHALL "[^\n]+" lines "${symbols}")
 foreach(line IN LISTS lines)
-  string(REGEX REPLACE "^[0-9a-f]* *[A-Za-z] " "" symbol "${line}")
-  if(symbol MATCHES "^([A-Za-z]+)\\(" AND CMAKE_MATCH_1 IN_LIST free_functions)
+  string(REGEX REPLACE "^[0-9a-f]* *([A-Za-z]) " "" symbol "${line}")
+  if(CMAKE_MATCH_1 STREQUAL u)
+    message(SEND_ERROR "a unique symbol, which never lets the library go: ${symbol}")
+  elseif(symbol MATCHES "^([A-Za-z_0-9]+)(\\(|$)" AND CMAKE_MATCH_1 IN_LIST functions)
     list(APPEND found ${CMAKE_MATCH_1})
-  elseif(symbol MATCHES "^qt_plugin_(instance|query_metadata_v2)$")
-    list(APPEND found ${symbol})
-  elseif(NOT symbol MATCHES "^((vtable|typeinfo|typeinfo name) for )?KOV::SDK::"
-      AND NOT symbol MATCHES "^QtPrivate::QMetaTypeInterfaceWrapper<") # Qt's wish where clang compiles
+  elseif(NOT symbol MATCHES "^((vtable|typeinfo|typeinfo name) for )?KOV::SDK::")
     message(SEND_ERROR "exported, but not part of the interface: ${symbol}")
   endif()
 endforeach()
-foreach(name IN LISTS free_functions ITEMS qt_plugin_instance qt_plugin_query_metadata_v2)
+foreach(name IN LISTS functions)
   if(NOT name IN_LIST found)
     message(SEND_ERROR "not exported: ${name}")
   endif()

@@ -23,8 +23,9 @@ private Q_SLOTS:
     {
         qint64 settled = 0;
         for (int i = 0; i < 100; ++i) {
-            QPluginLoader loader(QStringLiteral(ORVA_LIBRARY));
-            loader.setLoadHints({}); // otherwise Qt keeps what it has loaded
+            QPluginLoader loader;
+            loader.setLoadHints({}); // before the name: otherwise newer Qt keeps what it has loaded
+            loader.setFileName(QStringLiteral(ORVA_LIBRARY));
             auto *const plugin = qobject_cast<KOV::SDK::PluginInterfaceImport *>(loader.instance());
             QVERIFY2(plugin, qPrintable(loader.errorString()));
             QCOMPARE(plugin->import(QStringLiteral(SAMPLE_FOLDER "/tools-export.csv"), {}, {}).isEmpty(), false);
