@@ -34,14 +34,14 @@ ORVA_EXPORT QDataStream &operator<<(QDataStream &stream, const CarInfo &car);
 
 /// Reads what operator<< wrote and overwrites all nine members; the rest of a Sample stays as it was.
 ///
-/// Other keys are dropped, and of two equal keys the later counts. Values go through QVariant's conversions. A member
+/// Other keys are ignored, and the later of two equal keys counts. Values go through QVariant's conversions. A member
 /// without a value becomes null, false or 0 (CarStatus::NotConnected), whatever it was before; at an error of the
 /// stream all nine do, and only the stream's status tells.
 ///
-/// Reads Qt Core's plain types, texts, times without a zone and shapes, and lists and maps of these up to 32 deep. Any
-/// other type of a value is an error, ReadCorruptData: Qt's readers of some reserve memory for whatever count the
-/// stream claims, write where it says, or open files that it names. Of streams from before Qt 4, texts, bool and int
-/// alone are read. What operator<< writes reads back in every version.
+/// The stream need not be trusted: it may come from a file or another program. Its values are those that Qt reads, save
+/// that a time in a time zone is no value. A value whose length the stream does not tell (a user's own type, one of
+/// QtGui) is an error, ReadCorruptData, and so is nesting of more than 32 lists and maps. What operator<< writes reads
+/// back in every version.
 ORVA_EXPORT QDataStream &operator>>(QDataStream &stream, CarInfo &car);
 
 } // namespace KOV::SDK

@@ -1,13 +1,19 @@
-// The stream forms of cars: held against what Qt itself makes of the map that they are, and against damage.
+// The stream forms of cars, compared with what Qt makes of the same maps, and damaged streams.
 
 #include "testing.h"
 
 #include "sdk/liveplugininfo.h"
 #include "sdk/sample.h"
 
+#include <QtCore/QBitArray>
+#include <QtCore/QCborArray>
+#include <QtCore/QCborMap>
 #include <QtCore/QDataStream>
-#include <QtCore/QPoint>
-#include <QtCore/QRegularExpression>
+#include <QtCore/QEasingCurve>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QTimeZone>
 
 #include <limits>
 
@@ -105,30 +111,79 @@ private Q_SLOTS:
         }
     }
 
-    void maps()
+    // Each type that Qt Core streams, under keys that convert it, under one that is ignored, and in a list.
+    void valuesOfAnyType()
     {
         const QDateTime time(QDate(2020, 2, 29), QTime(1, 2, 3));
-        const QVariantMap nested{{u"carId"_s, QVariantHash{{u"x"_s, QVariant()}}}};
-        const std::pair<QString, QVariantList> entries[]{
-            {u"status"_s, {-1, 4711, u"6"_s, 4.6, 7LL, 3e9}},
-            {u"detailedTelemetry"_s, {u"true"_s, u"false"_s, 2U}},
-            {u"carId"_s, {"bytes"_ba, 1.5, time, time.toUTC(), time.toOffsetFromUtc(3600), QVariant()}},
-            {u"carId"_s, {QStringList{u"one"_s}, QStringList{u"one"_s, u"two"_s}, QVariantList{u"one"_s}}},
-            {u"carId"_s, {QVariant::fromValue(QByteArrayList{"one"})}},
-            {u"further"_s, {QPointF(1, 2), QRegularExpression(u"x*"_s), QUuid::createUuid()}},
-            {u"further"_s, {QVariant::fromValue(u'x'), QVariant::fromValue(nullptr)}},
-            {u"further"_s, {QVariantList{1, nested, QVariantList(), QVariant::fromValue(QByteArrayList{"x"})}, u'c'}}};
-        for (const auto &[key, values] : entries) {
-            for (const QVariant &value : values) {
-                Map map = mapOf(filledCar(u"b "_s));
-                map.insert(key, value);
-                CarInfo car;
-                int next = 0;
-                QDataStream stream(streamed(map, 4711));
-                stream >> car >> next;
-                QVERIFY2(stream.status() == QDataStream::Ok && next == 4711, value.typeName());
-                QCOMPARE(mapOf(car), convertedMap(map));
+        QEasingCurve bezier(QEasingCurve::BezierSpline);
+        bezier.addCubicBezierSegment({.1, .2}, {.3, .4}, {1, 1});
+        QVariantList values{-1,
+                            4711,
+                            2U,
+                            u"6"_s,
+                            u"false"_s,
+                            4.6,
+                            7LL,
+                            3e9,
+                            "bytes"_ba,
+                            time,
+                            time.toUTC(),
+                            time.toOffsetFromUtc(3600),
+                            QStringList{u"one"_s},
+                            QStringList{u"one"_s, u"two"_s},
+                            QVariantMap{{u"carId"_s, QVariantHash{{u"x"_s, QVariant()}}}},
+                            QBitArray(11, true),
+                            QVariant::fromValue(QByteArrayList{"x", "y"}),
+                            QVariant::fromValue(bezier),
+                            QVariant::fromValue(QVariantPair(1, QVariant::fromValue(QVariantPair(u"x"_s, 2))))};
+        for (const QJsonValue &value :
+             {QJsonValue(u"12"_s), QJsonValue(3.6), QJsonValue(true), QJsonValue(QJsonArray{1})})
+            values += QVariantList{value, QVariant::fromValue(QCborValue::fromJsonValue(value))};
+        values += QVariantList{QJsonObject{{u"x"_s, 1}}, QJsonArray{1}, QJsonDocument(QJsonArray{1}), u'c'};
+        values += QVariant::fromValue(QCborMap{{1, 2}});
+        values += QVariant::fromValue(QCborArray{1});
+        values += QVariant::fromValue(QCborValue(QUrl(u"http://x"_s)));
+        for (int id = 0; id < 128; ++id) {
+            if (id == 0 || (QMetaType::isRegistered(id) && QMetaType(id).hasRegisteredDataStreamOperators()))
+                values += QVariant(QMetaType(id));
+        }
+        const QVariant one(1);
+        values += QVariant(QMetaType::fromType<QVariant>(), &one);
+        values += QVariant(values);
+        for (int version = QDataStream::Qt_1_0; version <= QDataStream::Qt_DefaultCompiledVersion; ++version) {
+            for (const QVariant &value : std::as_const(values)) {
+                for (const QString &key : {u"carId"_s, u"detailedTelemetry"_s, u"further"_s, u"status"_s}) {
+                    QByteArray bytes;
+                    Map expected;
+                    CarInfo car;
+                    QDataStream writer(&bytes, QIODevice::WriteOnly);
+                    QDataStream reference(&bytes, QIODevice::ReadOnly);
+                    QDataStream reader(&bytes, QIODevice::ReadOnly);
+                    for (QDataStream *stream : {&writer, &reference, &reader})
+                        stream->setVersion(version);
+                    writer << Map{{key, value}, {u"teamName"_s, u"after"_s}};
+                    reference >> expected;
+                    reader >> car;
+                    const QByteArray what = QByteArray::number(version) + ' ' + value.typeName() + ' ' + key.toLatin1();
+                    QVERIFY2(expected.size() == 2 && mapOf(car) == convertedMap(expected), what);
+                    QVERIFY2(reader.status() == QDataStream::Ok && reader.atEnd(), what);
+                }
             }
+        }
+    }
+
+    // Qt takes a zone's name for that of a file.
+    void timesInZonesAreNoValues()
+    {
+        const QDate date(2020, 2, 29);
+        const QTime time(1, 2, 3);
+        const QByteArray named =
+            streamed(quint32{QMetaType::QDateTime}, qint8(0), date, time, qint8(Qt::TimeZone), u"zone"_s);
+        for (const QByteArray &value : {named, streamed(QVariant(QDateTime(date, time, QTimeZone(3600))))}) {
+            CarInfo car;
+            const QByteArray after = streamed(u"teamName"_s, QVariant(u"after"_s));
+            QCOMPARE(readInto(car, streamed(2U, u"carId"_s) + value + after), QDataStream::Ok);
+            QCOMPARE(mapOf(car), convertedMap({{u"teamName"_s, u"after"_s}}));
         }
     }
 
@@ -187,19 +242,20 @@ private Q_SLOTS:
         const auto head = [](int type) { return streamed(static_cast<quint32>(type), qint8(0)); };
         const QByteArray listOfOne = head(QMetaType::QVariantList) + streamed(1U);
 
-        for (const int type :
-             {QMetaType::QString, QMetaType::QByteArray, QMetaType::QStringList, QMetaType::QByteArrayList,
-              QMetaType::QVariantList, QMetaType::QVariantMap, QMetaType::QVariantHash})
+        for (const int type : {QMetaType::QString, QMetaType::QByteArray, QMetaType::QStringList,
+                               QMetaType::QByteArrayList, QMetaType::QVariantList, QMetaType::QVariantMap,
+                               QMetaType::QVariantHash, QMetaType::QJsonDocument, QMetaType::QCborValue})
             row("endless "_ba + QMetaType(type).name(), head(type) + streamed(huge), QDataStream::ReadPastEnd);
-        for (const int type : {int(QMetaType::QBitArray), int(QMetaType::QEasingCurve), int(QMetaType::QVariant),
-                               int(QMetaType::QObjectStar), int(QMetaType::QColor), int(QMetaType::User), highest, -1})
+        row("endless bits", head(QMetaType::QBitArray) + streamed(~quint64(0)), QDataStream::ReadPastEnd);
+        row("endless curve", head(QMetaType::QEasingCurve) + QByteArray(9, '\0') + '\1' + streamed(1., 1., 1., huge),
+            QDataStream::ReadPastEnd);
+        for (const int type :
+             {int(QMetaType::VoidStar), int(QMetaType::QObjectStar), int(QMetaType::QColor), highest, -1})
             row("type " + QByteArray::number(type), head(type) + streamed(huge), QDataStream::ReadCorruptData);
-        // Qt would take the zone's name for that of a file.
-        row("time in a zone",
-            head(QMetaType::QDateTime) + streamed(QDate(2020, 2, 29), QTime(1, 2, 3), qint8(Qt::TimeZone), u"zone"_s),
-            QDataStream::ReadCorruptData);
+        row("type by name", head(QMetaType::User) + streamed("Unheard of"_ba), QDataStream::ReadCorruptData);
         row("deepest list", listOfOne.repeated(32) + head(QMetaType::Bool), QDataStream::ReadPastEnd);
-        row("list too deep", listOfOne.repeated(1'000'000), QDataStream::ReadCorruptData);
+        for (const QByteArray &level : {listOfOne, head(QMetaType::QVariant), head(QMetaType::QVariantPair)})
+            row("nested too deep: " + level.toHex(), level.repeated(1'000'000), QDataStream::ReadCorruptData);
     }
     void damaged()
     {
