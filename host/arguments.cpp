@@ -42,25 +42,37 @@ void addImportArguments(CLI::App &app, ImportArguments &arguments)
     addText(app, "--plugin", "FILE", arguments.pluginPath, "Load this import plug-in instead of orva's own");
 }
 
-void addFlag(CLI::App &app, const std::string &names, bool &target, const std::string &help)
+CLI::Option *addFlag(CLI::App &app, const std::string &names, bool &target, const std::string &help)
 {
-    app.add_flag(names, target, help)->disable_flag_override(); // no "--json=3"
+    return app.add_flag(names, target, help)->disable_flag_override(); // no "--json=3"
 }
 
-void addLap(CLI::App &app, std::optional<qsizetype> &lap, const std::string &otherwise)
+CLI::Option *addLap(CLI::App &app, std::optional<qsizetype> &lap, const std::string &otherwise)
 {
-    app.add_option_function<std::string>(
-           "--lap",
-           [&lap](const std::string &value) {
-               bool isNumber = false;
-               const QString text = QString::fromStdString(value);
-               const qlonglong index = text.toLongLong(&isNumber);
-               if (!isNumber || index < 0)
-                   refuse(QStringLiteral("--lap is \"%1\", expected the index of a lap: 0, 1, 2, ...").arg(text));
-               lap = index;
-           },
-           "Show the lap with this index, counted from 0.\n" + otherwise)
+    return app
+        .add_option_function<std::string>(
+            "--lap",
+            [&lap](const std::string &value) {
+                bool isNumber = false;
+                const QString text = QString::fromStdString(value);
+                const qlonglong index = text.toLongLong(&isNumber);
+                if (!isNumber || index < 0)
+                    refuse(QStringLiteral("--lap is \"%1\", expected the index of a lap: 0, 1, 2, ...").arg(text));
+                lap = index;
+            },
+            "Show the lap with this index, counted from 0.\n" + otherwise)
         ->type_name("N");
+}
+
+void addLapArguments(CLI::App &app, LapArguments &arguments)
+{
+    CLI::Option *lap = addLap(app, arguments.lap,
+                              "Without it, the best lap is shown, or the longest if no\n"
+                              "lap has a time; with --json, all laps");
+    addFlag(app, "--stored", arguments.isStored,
+            "Show what the file itself holds, at its own rates,\n"
+            "instead of laps; a log without laps is shown so anyway")
+        ->excludes(lap);
 }
 
 CLI::Option *addText(CLI::App &app, const std::string &names, const std::string &valueName, QString &target,

@@ -37,10 +37,20 @@ struct ImportArguments
 void addImportArguments(CLI::App &app, ImportArguments &arguments);
 
 /// Adds an option without a value.
-void addFlag(CLI::App &app, const std::string &names, bool &target, const std::string &help);
+CLI::Option *addFlag(CLI::App &app, const std::string &names, bool &target, const std::string &help);
+
+/// What commands that can also show a log as it stands are told.
+struct LapArguments
+{
+    std::optional<qsizetype> lap; ///< index of the one lap to show
+    bool isStored = false;        ///< show what the file holds instead of laps
+};
+
+/// Adds --lap N and --stored, of which one excludes the other.
+void addLapArguments(CLI::App &app, LapArguments &arguments);
 
 /// Adds --lap N, the index of a lap. @p otherwise ends its help text and says which laps are shown without it.
-void addLap(CLI::App &app, std::optional<qsizetype> &lap, const std::string &otherwise);
+CLI::Option *addLap(CLI::App &app, std::optional<qsizetype> &lap, const std::string &otherwise);
 
 /// Adds an option with a text as its value, refused if it is empty. @p valueName is what the help calls the value.
 CLI::Option *addText(CLI::App &app, const std::string &names, const std::string &valueName, QString &target,

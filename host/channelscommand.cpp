@@ -1,55 +1,41 @@
 #include "host/channelscommand.h"
 
-#include "host/arguments.h"
-#include "host/eachlog.h"
+#include "host/channelviewcommand.h"
 #include "host/lapjson.h"
 #include "host/lapviews.h"
-#include "host/logreader.h"
-#include "host/remarks.h"
-#include "host/selection.h"
+#include "host/storedlog.h"
 
 namespace Host {
 
 namespace {
 
-class ChannelsCommand : public Command
+class ChannelsCommand : public ChannelViewCommand
 {
 public:
     ChannelsCommand()
-        : Command({"channels", "List the channels of a lap with their units and ranges",
-                   "Imports each log and lists the channels of a lap: unit, number of samples, how many of\n"
-                   "them hold a value, and the smallest and the largest of these.",
-                   "orva-host channels --lap 2 race.csv"})
+        : ChannelViewCommand({"channels", "List the channels of a lap with their units and ranges",
+                              "Imports each log and lists the channels of a lap: unit, number of samples, how\n"
+                              "many of them hold a value, and the smallest and the largest of these values.",
+                              "orva-host channels --lap 2 race.csv\norva-host channels --stored race.ld"})
     {
     }
 
-    void declare(CLI::App &app) override
+protected:
+    void declareOwn(CLI::App & /*app*/) override {}
+    void check(const Log & /*log*/, const std::vector<qsizetype> & /*laps*/) const override {}
+
+    void print(const Log &log, const std::vector<qsizetype> &laps, Output &output) const override
     {
-        addLogArguments(app, logs);
-        addLap(app, lap,
-               "Without it, the best lap is shown, or the longest if no\nlap has a time; with --json, all laps");
-        addImportArguments(app, import);
+        if (logArguments().isJson)
+            printLapsJson("channels", log, laps, JsonDetail::Channels, {}, output);
+        else
+            printChannels(log, laps.front(), output);
     }
 
-    ExitStatus run(Output &output) override
+    void printStored(const QString &path, LogFormat format, Output &output) const override
     {
-        const LogReader reader(import.pluginPath);
-        return forEachLog(logs, output, [&](const QString &path) {
-            const Log log = reader.read(path);
-            const qsizetype shown = selectLap(log, lap);
-            const ExitStatus status = printRemarks(log, logs, import);
-            if (logs.isJson)
-                printLapsJson("channels", log, selectLaps(log, lap), JsonDetail::Channels, {}, output);
-            else
-                printChannels(log, shown, output);
-            return status;
-        });
+        printStoredChannels(path, format, logArguments().isJson, output);
     }
-
-private:
-    LogArguments logs;
-    ImportArguments import;
-    std::optional<qsizetype> lap;
 };
 
 } // namespace

@@ -88,6 +88,8 @@ QString problem(const CLI::ParseError &error)
     const QString text = QString::fromLocal8Bit(error.what());
     if (text == QLatin1String("LOG is required"))
         return QStringLiteral("no log given");
+    if (text.contains(QLatin1String(" excludes ")))
+        return QString(text).replace(QLatin1String(" excludes "), QLatin1String(" does not go together with "));
     const QString option = text.section(QLatin1String(": "), 0, 0);
     if (text.contains(QLatin1String(" required ")) && text.endsWith(QLatin1String(" missing")))
         return option + QLatin1String(" needs a value");

@@ -7,7 +7,8 @@
 
 namespace Host {
 
-void JsonWriter::samples(std::span<const double> samples)
+template <typename Number, typename IsValue>
+void JsonWriter::numbers(std::span<const Number> samples, const IsValue &isValue)
 {
     constexpr std::size_t bufferBytes = 1 << 12;
     constexpr std::size_t longestEntry = 32; // "-2.2250738585072014e-308," takes 25
@@ -15,12 +16,12 @@ void JsonWriter::samples(std::span<const double> samples)
     char *next = buffer.data();
     writer.beginRaw(rapidjson::kArrayType);
     *next++ = '[';
-    for (const double sample : samples) {
+    for (const Number sample : samples) {
         if (static_cast<std::size_t>(buffer.data() + buffer.size() - next) < longestEntry) {
             sink.write(QByteArrayView(buffer.data(), next));
             next = buffer.data();
         }
-        if (KOV::SDK::isValidValue(sample) && std::isfinite(sample)) {
+        if (isValue(sample)) {
             next = std::to_chars(next, next + longestEntry, sample).ptr;
         } else {
             constexpr QByteArrayView none("null");
@@ -32,6 +33,16 @@ void JsonWriter::samples(std::span<const double> samples)
         --next; // the last comma
     *next++ = ']';
     sink.write(QByteArrayView(buffer.data(), next));
+}
+
+void JsonWriter::samples(std::span<const double> samples)
+{
+    numbers(samples, [](double sample) { return KOV::SDK::isValidValue(sample) && std::isfinite(sample); });
+}
+
+void JsonWriter::samples(std::span<const float> samples)
+{
+    numbers(samples, [](float sample) { return std::isfinite(sample); });
 }
 
 } // namespace Host

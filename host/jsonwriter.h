@@ -77,8 +77,10 @@ public:
         value(memberValue);
     }
 
-    /// The finite ones of @p samples that are valid values, null for each other.
+    /// An array of @p samples: those that are finite and valid values, null for each other.
     void samples(std::span<const double> samples);
+    /// An array of @p samples: those that are finite, null for each other.
+    void samples(std::span<const float> samples);
 
     /// Ends the line.
     void end() { sink.write("\n"); }
@@ -109,6 +111,9 @@ private:
         /// Begins a value that is written to the sink directly.
         void beginRaw(rapidjson::Type type) { Prefix(type); }
     };
+
+    template <typename Number, typename IsValue>
+    void numbers(std::span<const Number> samples, const IsValue &isValue);
 
     static rapidjson::SizeType sizeOf(const QByteArray &text) { return static_cast<rapidjson::SizeType>(text.size()); }
 

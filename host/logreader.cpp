@@ -4,6 +4,7 @@
 #include "host/ldlog.h"
 #include "host/logformat.h"
 #include "host/platform.h"
+#include "host/remarks.h"
 #include "sdk/dataemitter.h"
 
 #include <QtCore/QFile>
@@ -15,9 +16,27 @@ namespace Host {
 
 namespace {
 
-// Looks before the import does, since the import cannot say what is wrong with a file.
-LogFormat checkedFormat(const QString &path)
+Log importBy(const Plugin &plugin, const QString &path)
 {
+    Log log{path, {}, {}, {}};
+    KOV::SDK::PluginInterfaceImport *import = plugin.interface();
+    const QObject listener; // ends the connection, also if the plug-in throws
+    QObject::connect(import->dataEmitter(), &KOV::SDK::DataEmitter::sendMessage, &listener,
+                     [&log](const QString &message, int /*verbose*/) { log.messages.append(message); });
+    log.laps = import->import(path, import->availableImportFormats().value(0), {});
+    log.laps.removeAll(nullptr);
+    if (log.laps.isEmpty())
+        throw Failure(QStringLiteral("%1: \"%2\" finds no laps in it").arg(path, import->pluginName()));
+    if (std::all_of(log.laps.begin(), log.laps.end(), [](const auto &lap) { return lap->isEmpty(); }))
+        throw Failure(path + QLatin1String(": holds no data rows, expected a header, channel names, units and rows"));
+    return log;
+}
+
+} // namespace
+
+LogFormat readFormat(const QString &path)
+{
+    // Looks before the import does, since the import cannot say what is wrong with a file.
     const QFileInfo info(path);
     const auto refuse = [&path](const QString &why) {
         throw Failure(path + QLatin1String(": ") + why + QLatin1String(", expected a log file"));
@@ -43,25 +62,6 @@ LogFormat checkedFormat(const QString &path)
     return logFormatOf(head, info.size());
 }
 
-Log importText(const Plugin &plugin, const QString &path)
-{
-    Log log{path, {}, {}, {}};
-    KOV::SDK::PluginInterfaceImport *import = plugin.interface();
-    const auto connection =
-        QObject::connect(import->dataEmitter(), &KOV::SDK::DataEmitter::sendMessage,
-                         [&log](const QString &message, int /*verbose*/) { log.messages.append(message); });
-    log.laps = import->import(path, import->availableImportFormats().value(0), {});
-    QObject::disconnect(connection);
-    log.laps.removeAll(nullptr);
-    if (log.laps.isEmpty())
-        throw Failure(QStringLiteral("%1: \"%2\" finds no laps in it").arg(path, import->pluginName()));
-    if (std::all_of(log.laps.begin(), log.laps.end(), [](const auto &lap) { return lap->isEmpty(); }))
-        throw Failure(path + QLatin1String(": holds no data rows, expected a header, channel names, units and rows"));
-    return log;
-}
-
-} // namespace
-
 LogReader::LogReader(const QString &pluginPath)
     : plugin(pluginPath)
 {
@@ -69,12 +69,17 @@ LogReader::LogReader(const QString &pluginPath)
 
 Log LogReader::read(const QString &path) const
 {
-    const LogFormat format = checkedFormat(path);
-    if (!plugin.isOwn() || format == LogFormat::Text)
-        return importText(plugin, path);
-    if (format == LogFormat::Binary)
-        return loadLdLog(path);
-    throw Failure(path + QLatin1String(": neither a comma-separated text export nor a binary .ld log"));
+    const LogFormat format = readFormat(path);
+    if (!plugin.isOwn())
+        return importBy(plugin, path);
+    if (format == LogFormat::Unknown)
+        throw Failure(path + QLatin1String(": neither a comma-separated text export nor a binary .ld log") +
+                      checkHint(path));
+    try {
+        return format == LogFormat::Text ? importBy(plugin, path) : loadLdLog(path);
+    } catch (const Failure &failure) {
+        throw NoLaps(failure.text() + checkHint(path));
+    }
 }
 
 } // namespace Host

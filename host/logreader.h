@@ -2,7 +2,9 @@
 
 // From the path of a log to its laps, by the path that its content asks for.
 
+#include "host/failure.h"
 #include "host/laps.h"
+#include "host/logformat.h"
 #include "host/plugin.h"
 
 #include <QtCore/QString>
@@ -18,6 +20,16 @@ struct Log
     QStringList remarks;  ///< what is amiss though there are laps, each with the log's path
 };
 
+/// The import finds no laps in a log that could be read: there may be something else to see in it.
+class NoLaps : public Failure
+{
+public:
+    using Failure::Failure;
+};
+
+/// What kind of log the file at @p path is. Throws Failure for what is not a regular file that can be read.
+LogFormat readFormat(const QString &path);
+
 /// Imports logs.
 ///
 /// A text export goes through the plug-in, a binary log through the library's own function. Which of them it is matters
@@ -28,7 +40,7 @@ public:
     /// Loads the plug-in @p pluginPath; if it is empty, the library's own. Throws Failure.
     explicit LogReader(const QString &pluginPath);
 
-    /// The log at @p path. Throws Failure, also for a log without laps.
+    /// The log at @p path. Throws Failure; NoLaps if the library itself finds no laps in it.
     Log read(const QString &path) const;
 
 private:

@@ -6,13 +6,33 @@
 
 namespace Host {
 
-ExitStatus printRemarks(const Log &log, const LogArguments &logs, const ImportArguments &import)
+namespace {
+
+ExitStatus print(const QStringList &messages, const QStringList &remarks, const LogArguments &logs,
+                 const ImportArguments &import)
 {
     if (!logs.isQuiet) {
-        for (const QString &text : log.messages + log.remarks)
+        for (const QString &text : messages + remarks)
             printError(text);
     }
-    return import.isStrict && !log.remarks.isEmpty() ? ExitStatus::Amiss : ExitStatus::Success;
+    return import.isStrict && !remarks.isEmpty() ? ExitStatus::Amiss : ExitStatus::Success;
+}
+
+} // namespace
+
+QString checkHint(const QString &path)
+{
+    return QLatin1String("; see orva-host check ") + path;
+}
+
+ExitStatus printRemarks(const Log &log, const LogArguments &logs, const ImportArguments &import)
+{
+    return print(log.messages, log.remarks, logs, import);
+}
+
+ExitStatus printRemark(const QString &remark, const LogArguments &logs, const ImportArguments &import)
+{
+    return print({}, {remark}, logs, import);
 }
 
 } // namespace Host

@@ -10,6 +10,7 @@ namespace Host {
 
 /// The shortest decimal text that reads back as exactly @p value, in any locale: "0.1", "-0", "1e+25", "inf", "nan".
 QByteArray exactNumber(double value);
+QByteArray exactNumber(float value);
 
 /// @p value with six significant digits, for lists that people read.
 QString roundedNumber(double value);

@@ -8,16 +8,12 @@
 
 namespace Host {
 
-namespace {
-
 QString quotedIfNeeded(QString name)
 {
     const bool needsQuotes =
         std::any_of(name.cbegin(), name.cend(), [](QChar c) { return QStringView(u",\"\r\n").contains(c); });
     return needsQuotes ? u'"' + name.replace(u'"', QLatin1String("\"\"")) + u'"' : name;
 }
-
-} // namespace
 
 void printValues(const Log &log, qsizetype index, const QStringList &names, Output &output)
 {

@@ -1,7 +1,7 @@
 # Sourced by the other scripts: installs Debian packages that are missing. Asks nothing; works as root and with sudo.
 
 # The packages to build and run, and to build and run the tests.
-build_packages=(g++ cmake ninja-build pkgconf qt6-base-dev rapidjson-dev libcli11-dev)
+build_packages=(g++ cmake ninja-build pkgconf qt6-base-dev rapidjson-dev libcli11-dev python3-jsonschema)
 
 # install_missing PACKAGE...: installs those that are not there yet, and says so.
 install_missing() {

@@ -1,0 +1,26 @@
+#pragma once
+
+// What a log holds as it stands in the file, whatever the import makes of it: its channels at their own rates. For logs
+// without laps, and for people who want to see what the import leaves out.
+
+#include "host/logformat.h"
+
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+namespace Host {
+
+class Output;
+
+/// Prints the channels in the log at @p path, all records of a .ld log and all columns of a text export, each with its
+/// rate and range; as a table, or as one JSON object on a line of its own. Throws Failure.
+void printStoredChannels(const QString &path, LogFormat format, bool isJson, Output &output);
+
+/// Prints the samples of the channels @p names, or of all if there are no names.
+///
+/// A .ld log: rows with the time in s first, one for each instant at which one of the channels has a sample; the others
+/// are empty there. A text export: its rows, with each cell read as the number that a person would see in it. As JSON
+/// each channel has its own samples at its own rate. Throws Failure.
+void printStoredValues(const QString &path, LogFormat format, const QStringList &names, bool isJson, Output &output);
+
+} // namespace Host
