@@ -8,11 +8,11 @@
 #include "ld/ldx.h"
 #include "sdk/channelutils.h"
 #include "sdk/lapchannels.h"
+#include "sdk/regularfile.h"
 #include "sdk/sdk_utils.h"
 #include "sdk/wholenumber.h"
 
 #include <QtCore/QFile>
-#include <QtCore/QFileInfo>
 #include <QtCore/QTime>
 #include <QtCore/QUuid>
 
@@ -117,8 +117,7 @@ QList<QSharedPointer<Lap>> ORVAReader::importLaps(const QString &path)
     session = Session::UnknownSession;
 
     QFile file(path);
-    const bool isPath = !path.contains(QChar(u'\0')); // Qt prints a warning about others
-    if (isPath && QFileInfo(file).isFile() && file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+    if (KOV::SDK::openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         const QString sidecar = sidecarPath(path);
         session = loadSession(sidecar);
         const QMap<QString, Value> ldxValues = loadValues(sidecar);
@@ -248,7 +247,7 @@ void ORVAReader::startStint()
     startLap();
     LapHeader &header = lap.header();
     header.stintId = QUuid::createUuid();
-    header.lapKind = 0;
+    header.lapKind = KOV::SDK::outLapKind;
     header.stintNumber = 1;
 }
 
@@ -259,7 +258,7 @@ void ORVAReader::startLap()
     header.lapId = QUuid::createUuid();
     header.stintLapIndex = ++lapCounter;
     header.lapNumber = KOV::SDK::wholeNumber(sample.dynamicData.value(LapChannels::number));
-    header.lapKind = 1;
+    header.lapKind = KOV::SDK::laterLapKind;
 }
 
 double ORVAReader::sampledLapDistance() const

@@ -21,7 +21,7 @@ bool hasLapTime(QTime time)
 std::optional<qsizetype> bestLap(const Laps &laps)
 {
     const auto rank = [](const LapHeader &header) { // the smaller the better
-        return std::pair(header.lapKind == outLapKind, header.lapTime);
+        return std::pair(header.lapKind == KOV::SDK::outLapKind, header.lapTime);
     };
     std::optional<qsizetype> best;
     for (qsizetype i = 0; i < laps.size(); ++i) {

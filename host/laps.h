@@ -17,9 +17,6 @@ namespace Host {
 
 using Laps = QList<QSharedPointer<KOV::SDK::Lap>>;
 
-/// The lapKind of a stint's first lap.
-inline constexpr qint32 outLapKind = 0;
-
 /// Whether @p time is a lap's time: not for an invalid one, for 0, for the 00:59:59.000 that importers write where a
 /// lap has none, or for one from 23:00 on, which was logged as below zero.
 bool hasLapTime(QTime time);

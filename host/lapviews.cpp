@@ -18,10 +18,9 @@ constexpr QLatin1String bestMark("best");
 
 QString kindText(qint32 lapKind)
 {
-    constexpr qint32 laterLapKind = 1;
-    return lapKind == outLapKind     ? QStringLiteral("out lap")
-           : lapKind == laterLapKind ? QStringLiteral("lap")
-                                     : orDash(QString());
+    return lapKind == KOV::SDK::outLapKind     ? QStringLiteral("out lap")
+           : lapKind == KOV::SDK::laterLapKind ? QStringLiteral("lap")
+                                               : orDash(QString());
 }
 
 void printFact(const QString &title, const QString &text, Output &output)

@@ -29,7 +29,7 @@ qint64 usableSamples(const std::vector<LdChannelHeader> &headers, QLatin1String 
 {
     for (const LdChannelHeader &header : headers) {
         const qint64 samples = usableSamples(header);
-        if (samples > 0 && ldText(header.name).toLower() == name)
+        if (samples > 0 && ldText(header, &LdChannelHeader::name).toLower() == name)
             return samples;
     }
     return 0;
@@ -72,7 +72,7 @@ QStringList missingChannels(const QString &path, const KOV::SDK::Lap &lap)
     QDataStream stream(&file);
     LdData data = readLd(stream);
     for (const LdChannelHeader &header : readLdChannelHeaders(stream, data)) {
-        const QString name = ldText(header.name).toLower();
+        const QString name = ldText(header, &LdChannelHeader::name).toLower();
         if (usableSamples(header) > 0 && !lap.containsRecordedChannel(name))
             names.append(name);
     }

@@ -1,6 +1,7 @@
 #include "inspect/binarylog.h"
 
-#include <QtCore/QFileInfo>
+#include "sdk/regularfile.h"
+
 #include <QtCore/QFloat16>
 #include <QtCore/QSet>
 
@@ -69,20 +70,16 @@ QString BinaryRecord::kindText() const
 BinaryLog::BinaryLog(const QString &path)
     : file(std::make_unique<QFile>(path))
 {
-    const bool isPath = !path.contains(QChar(u'\0')); // Qt complains aloud about others
-    if (!isPath || !QFileInfo(*file).isFile()) {      // a pipe could block and a device never end
-        error = QStringLiteral("not a regular file");
-        return;
-    }
-    if (!file->open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        error = file->errorString();
+    if (!KOV::SDK::openRegularFile(*file, QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        const bool isTried = file->error() != QFileDevice::NoError;
+        error = isTried ? file->errorString() : QStringLiteral("not a regular file");
         return;
     }
     stream.setDevice(file.get());
     LdData data = readLd(stream);
     const LdHeadBlock &block = *data.headBlock;
-    headTexts = {ldText(block.driverText), ldText(block.vehicleText), ldText(block.venueText),
-                 ldText(block.sessionText)};
+    headTexts = {ldText(block, &LdHeadBlock::driverText), ldText(block, &LdHeadBlock::vehicleText),
+                 ldText(block, &LdHeadBlock::venueText), ldText(block, &LdHeadBlock::sessionText)};
     readRecords(block.firstHeaderOffset);
     judgeRecords(readLdChannelHeaders(stream, data));
 }
@@ -104,8 +101,8 @@ void BinaryLog::readRecords(quint32 firstOffset)
         if (cutOff)
             return;
         offset = record.header.nextHeaderOffset;
-        record.name = ldText(record.header.name);
-        record.unit = ldText(record.header.unit);
+        record.name = ldText(record.header, &LdChannelHeader::name);
+        record.unit = ldText(record.header, &LdChannelHeader::unit);
         allRecords.push_back(std::move(record));
     }
 }

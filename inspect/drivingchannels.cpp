@@ -1,5 +1,7 @@
 #include "inspect/drivingchannels.h"
 
+#include "sdk/lapchannels.h"
+
 #include <QtCore/QHash>
 #include <QtCore/QString>
 
@@ -10,18 +12,20 @@ namespace Inspect {
 
 namespace {
 
+namespace LapChannels = KOV::SDK::LapChannels;
+
 constexpr std::array<DrivingChannel, 4> driving{{
-    {LapRole::Position, QLatin1String("Lap Dist Pct"), QLatin1String("lapdistpct"), QLatin1String("%"),
-     QLatin1String("%"), QLatin1String("a fall by more than 75 % starts a new lap of a text export"),
+    {LapRole::Position, QLatin1String("Lap Dist Pct"), LapChannels::distance, QLatin1String("%"), QLatin1String("%"),
+     QLatin1String("a fall by more than 75 % starts a new lap of a text export"),
      QLatin1String("a text export stays one lap, and a .ld log gives none")},
-    {LapRole::LapNumber, QLatin1String("Lap Number"), QLatin1String("lap"), QLatin1String(""), QLatin1String(""),
+    {LapRole::LapNumber, QLatin1String("Lap Number"), LapChannels::counter, QLatin1String(""), QLatin1String(""),
      QLatin1String("the number of a lap; in a .ld log each rise starts a new lap"),
      QLatin1String("laps of a text export have the number 0, and a .ld log gives none")},
-    {LapRole::CurrentLapTime, QLatin1String("Lap Current Lap Time"), QLatin1String("lapcurrentlaptime"),
-     QLatin1String("s"), QLatin1String("s"),
+    {LapRole::CurrentLapTime, QLatin1String("Lap Current Lap Time"), LapChannels::currentTime, QLatin1String("s"),
+     QLatin1String("s"),
      QLatin1String("the clock within a lap, repaired at its beginning; in a .ld log its fall finds the lap time"),
      QLatin1String("laps have no running clock, and laps of a .ld log no lap time")},
-    {LapRole::LastLapTime, QLatin1String("Lap Last Lap Time"), QLatin1String("laplastlaptime"), QLatin1String("s"),
+    {LapRole::LastLapTime, QLatin1String("Lap Last Lap Time"), LapChannels::lastTime, QLatin1String("s"),
      QLatin1String("s"), QLatin1String("the time of a lap, taken from the lap after it"),
      QLatin1String("no lap has a lap time")},
 }};

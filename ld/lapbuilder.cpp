@@ -99,7 +99,7 @@ LapBuilder::LapBuilder(qint64 distanceLength, std::span<const float> counter)
         header.lapId = QUuid::createUuid();
         header.stintId = stintId;
         header.sessionId = sessionId;
-        header.lapKind = laps.isEmpty() ? 0 : 1;
+        header.lapKind = laps.isEmpty() ? KOV::SDK::outLapKind : KOV::SDK::laterLapKind;
         header.completed = end < distanceLength - 1;
         header.lapNumber = lapNumber;
         header.stintLapIndex = static_cast<qint32>(laps.size());
@@ -112,8 +112,9 @@ LapBuilder::LapBuilder(qint64 distanceLength, std::span<const float> counter)
 void LapBuilder::addChannel(const QString &name, const LdChannelHeader &header, std::span<const float> samples)
 {
     // Judged by what the record says, not by the lower-case name.
-    QString unit = ldText(header.unit);
-    const bool inPercent = unit == QLatin1String("%") && ldText(header.name) == LapChannels::distance;
+    QString unit = ldText(header, &LdChannelHeader::unit);
+    const bool inPercent =
+        unit == QLatin1String("%") && ldText(header, &LdChannelHeader::name) == LapChannels::distance;
     if (inPercent)
         unit = LapChannels::distanceUnit;
     const qint64 available = std::ssize(samples);

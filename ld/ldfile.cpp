@@ -91,12 +91,6 @@ Decoder decoderOf(const LdChannelHeader &header)
 
 } // namespace
 
-QString ldText(std::span<const char> field)
-{
-    const auto end = std::find(field.begin(), field.end(), '\0');
-    return QString::fromUtf8(field.data(), end - field.begin());
-}
-
 LdData readLd(QDataStream &stream)
 {
     LdData data;

@@ -8,6 +8,7 @@
 #include <QtCore/QString>
 #include <QtCore/QtEndian>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <memory>
@@ -33,7 +34,7 @@ private:
     std::array<uchar, sizeof(T)> bytes{};
 };
 
-/// The file head, at the start of a log. Texts: ldText. What is reserved is kept and not interpreted.
+/// The file head, at the start of a log. Texts: ldText. Reserved bytes are kept and not interpreted.
 struct LdHeadBlock
 {
     std::array<char, 8> reserved0{};
@@ -112,8 +113,17 @@ static_assert(offsetof(LdChannelHeader, name) == 32 && offsetof(LdChannelHeader,
 // All functions here read a device that can seek (a file, a buffer) and look at no signature: whatever lies past the
 // end, or cannot be read, is zero. They are re-entrant; a stream serves one thread at a time, and is left anywhere.
 
-/// A text @p field of a record: UTF-8 up to its first NUL, or to the field's end where there is none. Thread-safe.
-ORVA_EXPORT QString ldText(std::span<const char> field);
+/// The text @p field of @p record, such as ldText(header, &LdChannelHeader::name): UTF-8 up to the first NUL or the end
+/// of the record. Writers leave out the NUL of a text that fills its field, so such a text runs on into the next field.
+/// Thread-safe.
+template <typename Record, std::size_t Width>
+QString ldText(const Record &record, std::array<char, Width> Record::*field)
+{
+    const auto *bytes = reinterpret_cast<const char *>(&record);
+    const auto *end = bytes + sizeof record;
+    const auto *text = bytes + ((record.*field).data() - bytes);
+    return QString::fromUtf8(text, std::find(text, end, '\0') - text);
+}
 
 /// Reads the head at the stream's position, which must be the start of the log, and the blocks that it leads to.
 ORVA_EXPORT LdData readLd(QDataStream &stream);

@@ -1,8 +1,13 @@
 #include "ld/ldx.h"
 
+#include "sdk/regularfile.h"
+
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
+#include <QtCore/QIODevice>
 #include <QtCore/QXmlStreamReader>
+
+#include <algorithm>
 
 using KOV::SDK::Session;
 using KOV::SDK::Value;
@@ -16,49 +21,63 @@ constexpr QLatin1String eventId("Event");
 constexpr QLatin1String sessionId("Session");
 constexpr QLatin1String setupPrefix("CarSetup_");
 
-// Real sidecars have some KiB. The bounds are there because Qt's reader compares all attributes of a tag with each
+// Real sidecars have a few KiB. The limits are there because Qt's reader compares all attributes of a tag with each
 // other and holds some 60 bytes for each byte of nested tags.
-constexpr qint64 mostBytes = 1 << 20;
-constexpr qint64 mostTokenBytes = 1 << 14;
-constexpr qint64 pieceBytes = 1 << 12;
-constexpr int mostDepth = 64;
+constexpr qint64 maxBytes = 1 << 20;
+constexpr qint64 maxTokenBytes = 1 << 14;
+constexpr int maxDepth = 64;
 
-// The tags of a sidecar one after the other. A pipe or a device in its place would block the import or never end, so
-// only regular files are read.
+// The file as Qt's reader sees it: it ends after maxBytes, and in the middle of a token that goes on for maxTokenBytes.
+// The reader itself decides how much it takes at a time, since bytes that are not valid UTF-8 end its work when they
+// are taken: what it makes of a damaged file depends on that.
+class BoundedFile : public QIODevice
+{
+public:
+    explicit BoundedFile(const QString &path)
+        : file(path)
+    {
+        (void)KOV::SDK::openRegularFile(file, ReadOnly | Text); // what cannot be opened counts as empty
+        open(ReadOnly | Unbuffered);
+    }
+
+    void beginToken() { tokenBytes = 0; }
+    bool isSequential() const override { return true; }
+
+protected:
+    qint64 readData(char *data, qint64 maxSize) override
+    {
+        if (!file.isOpen() || tokenBytes >= maxTokenBytes)
+            return 0;
+        const qint64 count = file.read(data, std::min(maxSize, maxBytes - file.pos()));
+        tokenBytes += count;
+        return count;
+    }
+    qint64 writeData(const char * /*data*/, qint64 /*maxSize*/) override { return -1; }
+
+private:
+    QFile file;
+    qint64 tokenBytes = 0;
+};
+
+// The start tags of a sidecar one after the other.
 class SidecarReader
 {
 public:
     explicit SidecarReader(const QString &path)
         : file(path)
+        , xml(&file)
     {
-        const bool isPath = !path.contains(QChar(u'\0')); // Qt complains aloud about others
-        if (isPath && QFileInfo(file).isFile())
-            (void)file.open(QIODevice::ReadOnly | QIODevice::Text); // what cannot be opened counts as empty
     }
 
-    // Goes to the next start tag; false where the file ends, breaks off or goes beyond a bound.
+    // Goes to the next start tag; false where the file ends, is damaged or exceeds a limit.
     bool next()
     {
-        qint64 tokenBytes = 0;
-        while (depth <= mostDepth) {
+        while (depth <= maxDepth && !xml.atEnd()) {
+            file.beginToken();
             const auto token = xml.readNext();
-            if (token == QXmlStreamReader::Invalid) {
-                if (xml.error() != QXmlStreamReader::PrematureEndOfDocumentError || tokenBytes >= mostTokenBytes)
-                    return false;
-                const QByteArray piece = file.isOpen() && allBytes < mostBytes ? file.read(pieceBytes) : QByteArray();
-                if (piece.isEmpty())
-                    return false;
-                xml.addData(piece);
-                tokenBytes += piece.size();
-                allBytes += piece.size();
-                continue;
-            }
-            tokenBytes = 0;
-            if (token == QXmlStreamReader::EndDocument)
-                return false;
             if (token == QXmlStreamReader::EndElement)
                 --depth;
-            if (token == QXmlStreamReader::StartElement && ++depth <= mostDepth)
+            if (token == QXmlStreamReader::StartElement && ++depth <= maxDepth)
                 return true;
         }
         return false;
@@ -66,9 +85,8 @@ public:
     QXmlStreamAttributes attributes() const { return xml.attributes(); }
 
 private:
-    QFile file;
+    BoundedFile file;
     QXmlStreamReader xml;
-    qint64 allBytes = 0;
     int depth = 0;
 };
 

@@ -9,11 +9,12 @@
 #include <QtCore/QMap>
 #include <QtCore/QString>
 
-// A sidecar counts as broken off behind 1 MiB, at elements nested more than 64 deep, and at a tag, comment or text of
-// more than 16 KiB: what goes beyond that was not written by a logger, and costs out of proportion.
+// A sidecar is read as QXmlStreamReader reads its file, but counts as cut off after 1 MiB, at elements nested more than
+// 64 deep, and at a tag, comment or text of more than 16 KiB. No logger writes such files, and they cost out of
+// proportion.
 
-/// The session that a log's own word for it means: "Race", "Offline testing", "Test", "Qualify", "Practice" or
-/// "Warmup", exactly so; UnknownSession for any other text. Thread-safe.
+/// The session that a log names as "Race", "Offline testing", "Test", "Qualify", "Practice" or "Warmup", compared
+/// case-sensitively; UnknownSession for any other text. Thread-safe.
 ORVA_EXPORT KOV::SDK::Session getSessionFromString(const QString &text);
 
 /// The path of the sidecar of the log at @p logPath: in its folder, named by the log's name up to the first dot.
@@ -21,13 +22,13 @@ ORVA_EXPORT KOV::SDK::Session getSessionFromString(const QString &text);
 ORVA_EXPORT QString sidecarPath(const QString &logPath);
 
 /// The session that the sidecar at @p path names: the "Value" of the first element, wherever it stands, whose "Id" is
-/// "Event". UnknownSession when there is none, when its word is not known, or when the file cannot be read or breaks
-/// off before it. Re-entrant.
+/// "Event". UnknownSession if there is none, if its word is not known, and if the file cannot be read or ends in an
+/// error before it. Re-entrant.
 ORVA_EXPORT KOV::SDK::Session loadSession(const QString &path);
 
 /// The items of the sidecar at @p path by name: every element with an "Id" other than "Event" and "Session".
 ///
-/// "CarSetup_" is taken out of the name. An item with a "Unit", be it empty, holds a double with that unit (0.0 where
-/// the "Value" is no number); one without holds the text. Of two items with one name the later counts. A file that
-/// cannot be read gives an empty map, one that breaks off the items before the break. Re-entrant.
+/// "CarSetup_" is removed from the name, wherever it occurs. An item with a "Unit", even an empty one, holds a double
+/// with that unit (0.0 if the "Value" is not a number); one without holds the text. Of two items with one name the
+/// later counts. A file that cannot be read gives an empty map, and one with an error the items before it. Re-entrant.
 ORVA_EXPORT QMap<QString, KOV::SDK::Value> loadValues(const QString &path);

@@ -5,9 +5,9 @@
 #include "ld/ldfile.h"
 #include "ld/ldx.h"
 #include "ld/resample.h"
+#include "sdk/regularfile.h"
 
 #include <QtCore/QFile>
-#include <QtCore/QFileInfo>
 #include <QtCore/QSet>
 
 #include <algorithm>
@@ -43,7 +43,7 @@ public:
         , toHold{ldSampleAllowance(fileBytes) / 10 * heldForTenDecoded}
     {
         for (const LdChannelHeader &header : headers)
-            names.append(ldText(header.name).toLower());
+            names.append(ldText(header, &LdChannelHeader::name).toLower());
     }
 
     const QList<QString> &channelNames() const { return names; }
@@ -140,8 +140,7 @@ QList<QSharedPointer<Lap>> loadLaps(const QString &path)
 {
     QFile file(path);
     // Samples are read in large blocks: a buffer between would only be copied through.
-    if (path.contains(QChar(u'\0')) || !QFileInfo(file).isFile() ||
-        !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+    if (!KOV::SDK::openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered))
         return {};
     QDataStream stream(&file);
     LdData data = readLd(stream);
@@ -149,10 +148,10 @@ QList<QSharedPointer<Lap>> loadLaps(const QString &path)
     QList<QSharedPointer<Lap>> laps = cutChannels(source);
 
     const LdHeadBlock &head = *data.headBlock;
-    const QString venue = ldText(head.venueText);
-    const QString driver = ldText(head.driverText);
-    const QString vehicle = ldText(head.vehicleText);
-    const KOV::SDK::Session session = getSessionFromString(ldText(head.sessionText));
+    const QString venue = ldText(head, &LdHeadBlock::venueText);
+    const QString driver = ldText(head, &LdHeadBlock::driverText);
+    const QString vehicle = ldText(head, &LdHeadBlock::vehicleText);
+    const KOV::SDK::Session session = getSessionFromString(ldText(head, &LdHeadBlock::sessionText));
     for (const QSharedPointer<Lap> &lap : std::as_const(laps)) {
         LapHeader &header = lap->header();
         header.session = session;

@@ -19,6 +19,9 @@ inline QTime placeholderLapTime()
     return QTime(0, 59, 59);
 }
 
+inline constexpr qint32 outLapKind = 0;   ///< lapKind of a stint's first lap: it starts in the pits or in mid-lap
+inline constexpr qint32 laterLapKind = 1; ///< lapKind of all other laps
+
 /// A lap's descriptive data; a plain value, read and written directly through Lap::header().
 class ORVA_EXPORT LapHeader
 {
@@ -40,7 +43,7 @@ public:
     qint32 stintLapIndex = 0; ///< place in the stint, from 0
     qint32 stintNumber = 0;   ///< from 1 on; 0 on a header that no importer has touched
     Session session = Session::UnknownSession;
-    qint32 lapKind = -1;    ///< 0 the first lap of a stint, 1 a later one, -1 not set
+    qint32 lapKind = -1;    ///< outLapKind, laterLapKind, or -1 where it is not set
     bool completed = false; ///< the lap ran into the next one; false for the rest at the end of a log
 };
 

@@ -82,6 +82,21 @@ private Q_SLOTS:
         }
     }
 
+    // A text ends at the first NUL of its record, whichever field that is in, or with the record.
+    void textsRunOn()
+    {
+        LdHeadBlock head;
+        LdWriter::setText(head.driverText, QByteArray(64, 'd'));
+        LdWriter::setText(head.vehicleText, "car\0x"_ba);
+        LdWriter::setText(head.sessionText, QByteArray(254, 's'));
+        QCOMPARE(ldText(head, &LdHeadBlock::driverText), QString(64, u'd') + u"car"_s);
+        QCOMPARE(ldText(head, &LdHeadBlock::vehicleText), u"car"_s);
+        QCOMPARE(ldText(head, &LdHeadBlock::venueText), QString());
+        QCOMPARE(ldText(head, &LdHeadBlock::sessionText), QString(254, u's'));
+        const LdChannelHeader header = LdWriter::channel(QByteArray(40, 'n'), {}, QByteArray(52, 'u')).header;
+        QCOMPARE(ldText(header, &LdChannelHeader::name), QString(40, u'n') + QString(52, u'u'));
+    }
+
     void listsEnd()
     {
         QList<quint32> crowded; // records that lie on each other: no more than the file, of 22000 bytes, has room for

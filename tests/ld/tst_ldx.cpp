@@ -16,14 +16,18 @@ class TestLdx : public QObject
 private Q_SLOTS:
     void items()
     {
-        const QString path = files.write(u"log.ldx"_s, R"(<a><i Value='no Id'/><i Id='Session' Value='Race'/>
+        const QString path = files.write(
+            u"log.ldx"_s,
+            QByteArray(R"(<a><i Value='no Id'/><i Id='CarSetup_Event' Value='Race'/><i Id='Session' Value='Race'/>
             <b><i Id='CarSetup_Fuel' Value='3.5' Unit='l'/></b><i Id='Tyre' Value='3.5'/><i Id='id' id='x' Unit=''/>
             <i Id='Wing' Value='steep' Unit='deg'/><i Id='FrontCarSetup_Left' Value='1,5' Unit='m'/><i Id='CarSetup_'/>
-            <i Id='twice' Value='1' Unit='m'/><i Id='twice' Value='2'/><i Id='Event' Value='Practice' Unit=''/></a>)");
-        const QMap<QString, Value> expected{{u"Fuel"_s, {3.5, u"l"_s}},      {u"Tyre"_s, {u"3.5"_s, {}}},
-                                            {u"id"_s, {0.0, u""_s}},         {u"Wing"_s, {0.0, u"deg"_s}},
-                                            {u"FrontLeft"_s, {0.0, u"m"_s}}, {u""_s, {u""_s, {}}},
-                                            {u"twice"_s, {u"2"_s, {}}}};
+            <i Id='twice' Value='1' Unit='m'/><i Id='twice' Value='2'/><i Id='re~turn' Value='a~b'/>
+            <i Id='Event' Value='Practice' Unit=''/></a>)")
+                .replace('~', '\r'));
+        const QMap<QString, Value> expected{
+            {u"Fuel"_s, {3.5, u"l"_s}},   {u"Tyre"_s, {u"3.5"_s, {}}},     {u"id"_s, {0.0, u""_s}},
+            {u"Wing"_s, {0.0, u"deg"_s}}, {u"FrontLeft"_s, {0.0, u"m"_s}}, {u""_s, {u""_s, {}}},
+            {u"twice"_s, {u"2"_s, {}}},   {u"Event"_s, {u"Race"_s, {}}},   {u"return"_s, {u"ab"_s, {}}}};
         const QMap<QString, Value> values = loadValues(path);
         QCOMPARE(values.keys(), expected.keys());
         for (auto value = values.begin(); value != values.end(); ++value) {

@@ -32,7 +32,7 @@ private Q_SLOTS:
             {absurd, channel("lapdistpct", {0, 50, 99, 0, 50, 99, 0}, "%"), channel("Lap", {1, 1, 1, 2, 2, 2, 2}),
              channel("SPEED", {}), unreadable, channel("speed", {1, 2, 3, 4, 5, 6, 7}, "km/h"),
              channel("Speed", {8, 8, 8, 8, 8, 8, 8}, "mph"), channel("lap", {3, 3, 3, 3, 3, 3, 3}),
-             channel("", {2, 2, 2, 2, 2, 2, 2}), channel(QByteArray(60, 'x'), {4, 4, 4, 4, 4, 4, 4}),
+             channel("", {2, 2, 2, 2, 2, 2, 2}), channel(QByteArray(60, 'x'), {4, 4, 4, 4, 4, 4, 4}, "m/s"),
              channel(" \xC3\x89 ", {7}, "\xC2\xB0\0x"_ba, 1), channel("short", {1, 2, 3, 4, 5}),
              channel("LapCurrentLapTime", {1, 2, 3, 90, 4, 5, 6}), channel("20 Hz", {0, 3, 6}, "%", 20),
              channel("120 Hz", {0, 9, 1, 9, 2, 9, 3, 9, 4, 9, 5, 9, 6, 9}, {}, 120)});
@@ -43,7 +43,7 @@ private Q_SLOTS:
             {"speed", u"km/h"_s, {4, 5, 6}},
             {"lap", {}, {2, 2, 2}},
             {"", {}, {2, 2, 2}},
-            {QByteArray(40, 'x'), {}, {4, 4, 4}},
+            {QByteArray(40, 'x') + "m/s", u"m/s"_s, {4, 4, 4}}, // a name that fills its field
             {" \xC3\xA9 ", u"\u00B0"_s, {7, 7, 7}},
             {"20 hz", u"%"_s, {3, 4, 5}},
             {"short", {}, {4, 5, KOV::SDK::invalidValue}},
