@@ -2,8 +2,8 @@
 
 #include "sdk/sdk_utils.h"
 
+#include <algorithm>
 #include <array>
-#include <charconv>
 
 namespace Host {
 
@@ -11,18 +11,17 @@ template <typename Number, typename IsValue>
 void JsonWriter::numbers(std::span<const Number> samples, const IsValue &isValue)
 {
     constexpr std::size_t bufferBytes = 1 << 12;
-    constexpr std::size_t longestEntry = 32; // "-2.2250738585072014e-308," takes 25
     std::array<char, bufferBytes> buffer; // NOLINT(cppcoreguidelines-pro-type-member-init): written before it is read
     char *next = buffer.data();
     writer.beginRaw(rapidjson::kArrayType);
     *next++ = '[';
     for (const Number sample : samples) {
-        if (static_cast<std::size_t>(buffer.data() + buffer.size() - next) < longestEntry) {
+        if (static_cast<std::size_t>(buffer.data() + buffer.size() - next) <= maxNumberLength) {
             sink.write(QByteArrayView(buffer.data(), next));
             next = buffer.data();
         }
         if (isValue(sample)) {
-            next = std::to_chars(next, next + longestEntry, sample).ptr;
+            next = writeExactNumber(next, sample);
         } else {
             constexpr QByteArrayView none("null");
             next = std::copy(none.begin(), none.end(), next);

@@ -3,8 +3,8 @@
 // JSON as this program writes it: one object per line, by RapidJSON, with Qt's texts and numbers that read back
 // exactly.
 
+#include "host/exactnumber.h"
 #include "host/output.h"
-#include "host/textformat.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QString>

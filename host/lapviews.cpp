@@ -1,5 +1,6 @@
 #include "host/lapviews.h"
 
+#include "host/exactnumber.h"
 #include "host/logreader.h"
 #include "host/output.h"
 #include "host/textformat.h"

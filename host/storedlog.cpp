@@ -1,6 +1,7 @@
 #include "host/storedlog.h"
 
 #include "csv/csvtext.h"
+#include "host/exactnumber.h"
 #include "host/failure.h"
 #include "host/jsonwriter.h"
 #include "host/laps.h"

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 
 namespace Host {
 
@@ -38,26 +37,7 @@ qsizetype cellsOf(char32_t code)
     }
 }
 
-template <typename Number>
-QByteArray shortestText(Number value)
-{
-    constexpr std::size_t longest = 32; // "-2.2250738585072014e-308" takes 24
-    std::array<char, longest> text{};
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
-    return {text.data(), end - text.data()};
-}
-
 } // namespace
-
-QByteArray exactNumber(double value)
-{
-    return shortestText(value);
-}
-
-QByteArray exactNumber(float value)
-{
-    return shortestText(value);
-}
 
 QString roundedNumber(double value)
 {

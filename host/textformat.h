@@ -1,16 +1,12 @@
 #pragma once
 
-// How single things are written for people and programs: numbers, times, names. Rows of them: texttable.h.
+// How single things are written for people: numbers, times, names. Rows of them: texttable.h. Numbers for programs:
+// exactnumber.h.
 
-#include <QtCore/QByteArray>
 #include <QtCore/QString>
 #include <QtCore/QTime>
 
 namespace Host {
-
-/// The shortest decimal text that reads back as exactly @p value, in any locale: "0.1", "-0", "1e+25", "inf", "nan".
-QByteArray exactNumber(double value);
-QByteArray exactNumber(float value);
 
 /// @p value with six significant digits, for lists that people read.
 QString roundedNumber(double value);

@@ -1,10 +1,11 @@
 #include "host/valuetable.h"
 
+#include "host/exactnumber.h"
 #include "host/logreader.h"
 #include "host/output.h"
-#include "host/textformat.h"
 
 #include <algorithm>
+#include <array>
 
 namespace Host {
 
@@ -29,11 +30,12 @@ void printValues(const Log &log, qsizetype index, const QStringList &names, Outp
     output.writeText(header.join(u',') + u'\n');
 
     QByteArray line;
+    std::array<char, maxNumberLength> number{};
     for (long long row = 0; row < rows; ++row) {
         line.clear();
         for (const auto &channel : channels) {
             if (row < channel->size() && channel->isValid(row))
-                line += exactNumber(channel->value(row));
+                line.append(number.data(), writeExactNumber(number.data(), channel->value(row)) - number.data());
             line += ',';
         }
         line.back() = '\n';
