@@ -4,24 +4,26 @@
 
 #include <utility>
 
+// Not QStringLiteral: what a host gets must outlive the library, which hosts may unload.
+
 QString ORVAPluginImport::pluginName() const
 {
-    return QStringLiteral("Motec's CSV import plugin");
+    return QLatin1String("Motec's CSV import plugin");
 }
 
 QString ORVAPluginImport::sourceName() const
 {
-    return QStringLiteral("MoTeC");
+    return QLatin1String("MoTeC");
 }
 
 QString ORVAPluginImport::pluginVersion() const
 {
-    return QStringLiteral("0.1");
+    return QLatin1String("0.1");
 }
 
 QList<QString> ORVAPluginImport::availableImportFormats() const
 {
-    return {QStringLiteral("Comma separated text (*.csv)")};
+    return {QLatin1String("Comma separated text (*.csv)")};
 }
 
 QList<QSharedPointer<KOV::SDK::Lap>> ORVAPluginImport::import(const QString &path, const QString &format,

@@ -1,6 +1,6 @@
 #pragma once
 
-// The root object that a host gets from the library. What it hands a file to: csv/orvareader.h.
+// The root object that a host gets from the library. It passes files to csv/orvareader.h.
 
 #include "plugin/plugininterfaceimport.h"
 
@@ -10,7 +10,7 @@
 class ORVAPluginImport : public QObject, public KOV::SDK::PluginInterfaceImport
 {
     Q_OBJECT
-    Q_PLUGIN_METADATA(IID "kovdata.PluginInterfaceImport/0.2")
+    Q_PLUGIN_METADATA(IID PluginInterfaceImport_iid)
     Q_INTERFACES(KOV::SDK::PluginInterfaceImport)
 
 public:
@@ -20,8 +20,8 @@ public:
     QList<QString> availableImportFormats() const override;
     /// Reads the export at @p path, with the sidecar beside it; see ORVAReader::importLaps.
     ///
-    /// Sends two messages first. @p format is only named in the second of them, and @p options are not read: there is
-    /// one format and nothing to set.
+    /// Sends two messages before it reads. The second one names @p format, which has no other effect, and @p options
+    /// are ignored: there is one format and nothing to set.
     QList<QSharedPointer<KOV::SDK::Lap>> import(const QString &path, const QString &format,
                                                 const QMap<QString, QVariant> &options) override;
 };

@@ -13,21 +13,24 @@
 #include <QtCore/QVariant>
 #include <QtCore/QtPlugin>
 
+/// How a host tells import plug-ins from other libraries, before any of their code runs.
+#define PluginInterfaceImport_iid "kovdata.PluginInterfaceImport/0.2" // NOLINT(cppcoreguidelines-macro-usage): moc's
+
 namespace KOV::SDK {
 
 /// The contract between a host and an import plug-in.
 ///
-/// A plug-in's root object derives from QObject first and from this class second, has the identifier
-/// "kovdata.PluginInterfaceImport/0.2" in its Q_PLUGIN_METADATA and this class in its Q_INTERFACES, and implements the
-/// five pure operations; the rest comes with this class. The host gets the root object from QPluginLoader and reaches
-/// this part of it with qobject_cast.
+/// A plug-in's root object derives from QObject first and from this class second, has PluginInterfaceImport_iid in its
+/// Q_PLUGIN_METADATA and this class in its Q_INTERFACES, and implements the five pure operations; the rest comes with
+/// this class. The host gets the root object from QPluginLoader and reaches this part of it with qobject_cast. Hosts
+/// that were built earlier rely on the order of the virtual functions.
 class ORVA_EXPORT PluginInterfaceImport
 {
 public:
     PluginInterfaceImport();
     virtual ~PluginInterfaceImport();
 
-    /// The plug-in's name; it stands in front of every message.
+    /// The plug-in's name, with which every message begins.
     virtual QString pluginName() const = 0;
     /// Where the plug-in's data come from.
     virtual QString sourceName() const = 0;
@@ -41,10 +44,10 @@ public:
     virtual QList<QSharedPointer<KOV::SDK::Lap>> import(const QString &path, const QString &format,
                                                         const QMap<QString, QVariant> &options) = 0;
 
-    /// The plug-in's signal hub: never null, the same for the life of the plug-in, and gone with it.
+    /// The plug-in's signal hub: never null, and the same object for the life of the plug-in, which owns it.
     DataEmitter *dataEmitter() { return &emitter; }
-    /// Emits DataEmitter::sendMessage on the caller's thread, with "[" + pluginName() + " plugin] " in front of
-    /// @p text and @p verbose as it is.
+    /// Emits DataEmitter::sendMessage on the caller's thread, with "[" + pluginName() + " plugin] " before @p text and
+    /// with @p verbose unchanged.
     void message(const QString &text, int verbose);
 
 private:
@@ -55,4 +58,4 @@ private:
 
 } // namespace KOV::SDK
 
-Q_DECLARE_INTERFACE(KOV::SDK::PluginInterfaceImport, "kovdata.PluginInterfaceImport/0.2")
+Q_DECLARE_INTERFACE(KOV::SDK::PluginInterfaceImport, PluginInterfaceImport_iid)

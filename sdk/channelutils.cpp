@@ -26,6 +26,8 @@ bool isZero(double value)
 void ChannelUtils::normalizeChannelBeginning(Channel *channel, const Channel *reference)
 {
     const auto count = static_cast<qint32>(channel->size());
+    if (count < 2) // or as negative as a size beyond 32 bits can make it
+        return;
     double anchorValue = -1.0;
     double anchorReference = -1.0;
     for (qint32 i = count - 2; i >= 0; --i) {

@@ -12,20 +12,20 @@ class Lap;
 class ORVA_EXPORT ChannelUtils
 {
 public:
-    /// Straightens a clock that had not restarted, or stood still at zero, at the beginning of its lap.
+    /// Repairs a running lap time that had not restarted, or stood at zero, at the beginning of its lap.
     ///
-    /// Walks @p channel (a running lap time) from its end: a sample above its successor, or within 1e-12 of zero, is
-    /// broken and goes onto the straight line through the origin and the first sound sample behind the first broken
-    /// one met, with @p reference (the lap distance as a fraction) on the horizontal axis. NaN counts as sound. The
-    /// walk ends early where that sound sample is zero. The last sample never changes, nor do size and unit.
+    /// Walks @p channel (a running lap time) from its end. A sample above its successor, or within 1e-12 of zero, is
+    /// broken. It is moved onto the straight line through the origin and the anchor, with @p reference (the lap
+    /// distance as a fraction) on the horizontal axis. The anchor is the sample after the first broken one that the
+    /// walk meets; a negative anchor is replaced at the next broken sample. NaN counts as sound. The walk ends where
+    /// the anchor is within 1e-12 of zero. The last sample, the size and the unit never change.
     ///
-    /// @p reference has at least as many samples as @p channel. A reference of 0 at the sound sample gives an infinity
-    /// or a NaN. With fewer than two samples nothing happens. The count is a signed 32-bit one: of a number beyond
-    /// 2^31 - 1 only the lowest 32 bits count, so up to 2^32 + 1 samples nothing happens either, and of more only the
-    /// first, as many as those bits say, are walked. No allocation.
+    /// @p reference has at least as many samples as @p channel. A reference of 0 at the anchor gives an infinity or a
+    /// NaN. The number of samples counts as a signed 32-bit integer: nothing happens where that is below 2, as it is
+    /// for 2^31 samples. Allocates nothing.
     static void normalizeChannelBeginning(Channel *channel, const Channel *reference);
 
-    /// Takes off both ends of @p lap the samples that belong to its neighbours.
+    /// Removes from both ends of @p lap the samples that belong to its neighbours.
     ///
     /// @p ramp is one of the lap's recorded channels and a fraction of the lap. Leading samples of it above 0.95, then
     /// trailing ones below 0.05, are counted and dropped from every recorded channel, each channel once however many

@@ -12,22 +12,23 @@ namespace KOV::SDK {
 
 namespace {
 
-// The library's one static initialiser. It is ready before any other code of the library runs.
+// The library's one static initialiser, ready before any other code of the library runs. Here and below the texts are
+// not QStringLiterals, since what hosts get must outlive the library.
 const QMap<Session, QString> names{// NOLINT(cert-err58-cpp)
-                                   {Session::UnknownSession, QStringLiteral("Unknown session")},
-                                   {Session::TestSession, QStringLiteral("Test session")},
-                                   {Session::Practice, QStringLiteral("Practice")},
-                                   {Session::Qualify, QStringLiteral("Qualify")},
-                                   {Session::Warmup, QStringLiteral("Warmup")},
-                                   {Session::FormationLap, QStringLiteral("Formation lap")},
-                                   {Session::Race, QStringLiteral("Race")},
-                                   {Session::TimeAttack, QStringLiteral("TimeAttack")},
-                                   {Session::Hotlap, QStringLiteral("Hotlap")},
-                                   {Session::Drift, QStringLiteral("Drift")},
-                                   {Session::Drag, QStringLiteral("Drag")},
-                                   {Session::Hotstint, QStringLiteral("Hotstint")},
-                                   {Session::Superpole, QStringLiteral("Superpole")},
-                                   {Session::OtherSession, QStringLiteral("Other session")}};
+                                   {Session::UnknownSession, QLatin1String("Unknown session")},
+                                   {Session::TestSession, QLatin1String("Test session")},
+                                   {Session::Practice, QLatin1String("Practice")},
+                                   {Session::Qualify, QLatin1String("Qualify")},
+                                   {Session::Warmup, QLatin1String("Warmup")},
+                                   {Session::FormationLap, QLatin1String("Formation lap")},
+                                   {Session::Race, QLatin1String("Race")},
+                                   {Session::TimeAttack, QLatin1String("TimeAttack")},
+                                   {Session::Hotlap, QLatin1String("Hotlap")},
+                                   {Session::Drift, QLatin1String("Drift")},
+                                   {Session::Drag, QLatin1String("Drag")},
+                                   {Session::Hotstint, QLatin1String("Hotstint")},
+                                   {Session::Superpole, QLatin1String("Superpole")},
+                                   {Session::OtherSession, QLatin1String("Other session")}};
 
 } // namespace
 
@@ -39,21 +40,21 @@ bool isValidValue(double value)
 QString sessionName(Session session)
 {
     const auto row = names.constFind(session);
-    return row != names.cend() ? *row : QStringLiteral("Unknown session");
+    return row != names.cend() ? *row : *names.constFind(Session::UnknownSession);
 }
 
 QString carStatusToString(CarStatus status)
 {
-    static const QHash<CarStatus, QString> texts{{CarStatus::Undefined, QStringLiteral("Undefined")},
-                                                 {CarStatus::NotConnected, QStringLiteral("Not connected")},
-                                                 {CarStatus::NotInWorld, QStringLiteral("Not in world")},
-                                                 {CarStatus::WaitingForStart, QStringLiteral("Waiting for start")},
-                                                 {CarStatus::InPitStall, QStringLiteral("In pit stall")},
-                                                 {CarStatus::InPitlane, QStringLiteral("In pitlane")},
-                                                 {CarStatus::OutLap, QStringLiteral("Out lap")},
-                                                 {CarStatus::FlyingLap, QStringLiteral("Flying lap")},
-                                                 {CarStatus::OnTrack, QStringLiteral("On track")},
-                                                 {CarStatus::OffTrack, QStringLiteral("Off track")}};
+    static const QHash<CarStatus, QString> texts{{CarStatus::Undefined, QLatin1String("Undefined")},
+                                                 {CarStatus::NotConnected, QLatin1String("Not connected")},
+                                                 {CarStatus::NotInWorld, QLatin1String("Not in world")},
+                                                 {CarStatus::WaitingForStart, QLatin1String("Waiting for start")},
+                                                 {CarStatus::InPitStall, QLatin1String("In pit stall")},
+                                                 {CarStatus::InPitlane, QLatin1String("In pitlane")},
+                                                 {CarStatus::OutLap, QLatin1String("Out lap")},
+                                                 {CarStatus::FlyingLap, QLatin1String("Flying lap")},
+                                                 {CarStatus::OnTrack, QLatin1String("On track")},
+                                                 {CarStatus::OffTrack, QLatin1String("Off track")}};
     return texts.value(status);
 }
 

@@ -10,7 +10,7 @@
 class TimeSpeedImport : public QObject, public KOV::SDK::PluginInterfaceImport
 {
     Q_OBJECT
-    Q_PLUGIN_METADATA(IID "kovdata.PluginInterfaceImport/0.2")
+    Q_PLUGIN_METADATA(IID PluginInterfaceImport_iid)
     Q_INTERFACES(KOV::SDK::PluginInterfaceImport)
 
 public:

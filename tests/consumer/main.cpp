@@ -13,7 +13,7 @@ using namespace KOV::SDK;
 int main(int argumentCount, char **arguments)
 {
     QPluginLoader loader(QStringLiteral(PLUGIN_FILE));
-    if (loader.metaData().value(QLatin1String("IID")) != QLatin1String("kovdata.PluginInterfaceImport/0.2"))
+    if (loader.metaData().value(QLatin1String("IID")) != QLatin1String(PluginInterfaceImport_iid))
         return std::fprintf(stderr, "no import plug-in: %s\n", qPrintable(loader.errorString())), 1;
     auto *plugin = qobject_cast<PluginInterfaceImport *>(loader.instance());
     if (!plugin || argumentCount != 2)

@@ -1,8 +1,9 @@
-// A library that comes and goes, in a program that does not link it and so really lets go of it.
+// A library that is loaded and unloaded, by a program that does not link it and so really lets go of it.
 
 #include "plugin/plugininterfaceimport.h"
 #include "testing.h"
 
+#include <QtCore/QLibrary>
 #include <QtCore/QPluginLoader>
 
 using namespace Testing;
@@ -37,6 +38,27 @@ private Q_SLOTS:
                 settled = residentPages();
         }
         QVERIFY(isSanitized || residentPages() - settled <= 256); // pages of one mebibyte
+    }
+
+    void whatIsKeptStays()
+    {
+        QStringList texts;
+        QVariantList values;
+        QLibrary library(QStringLiteral(KEPT_THINGS));
+        const auto keepThings =
+            reinterpret_cast<void (*)(const QString &, const QString &, QStringList &, QVariantList &)>(
+                library.resolve("keepThings"));
+        QVERIFY2(keepThings, qPrintable(library.errorString()));
+        keepThings(QStringLiteral(ORVA_LIBRARY), QStringLiteral(SAMPLE_FOLDER "/club-race"), texts, values);
+        QStringList copies;
+        for (const QString &text : std::as_const(texts))
+            copies += QString(text.constData(), text.size());
+        QVERIFY(library.unload());
+        QVERIFY(!fileOfProcess(u"maps"_s).contains("liborva"));
+        QCOMPARE(texts, copies);
+        for (const QString &text : {u"MoTeC"_s, u"pu"_s, u"Race"_s, u"Not connected"_s, u"bar"_s, u"lapdistpct"_s})
+            QVERIFY2(texts.contains(text), qPrintable(text));
+        QVERIFY(values.contains(1.45) && values.contains(u"Medium"_s));
     }
 };
 

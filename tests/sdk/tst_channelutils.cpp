@@ -41,7 +41,8 @@ private Q_SLOTS:
         row("level", {7, 7, 7}, {.1, .2, .3}, {7, 7, 7});
         row("anchor within tolerance", {5, 1e-12}, {.1, .2}, {5, 1e-12});
         row("anchor beyond tolerance", {5, 2e-12}, {.5, .5}, {2e-12, 2e-12});
-        row("negative anchor gives way", {4, 3, -2}, {1, 2, 4}, {-1 * 1.0 / 2, -1, -2});
+        row("negative anchor gives way", {4, -3, 3, -2}, {1, 2, 3, 4}, {-1.5, -3, -1.5, -2});
+        row("product first", {5, 3}, {.1, .7}, {3 * .1 / .7, 3});
         row("NaN is sound", {qQNaN(), 3, 1}, {.1, .2, .4}, {qQNaN(), 1 * .2 / .4, 1});
         row("reference of zero", {9, 1}, {.5, 0}, {qInf(), 1});
         row("empty", {}, {}, {});
@@ -61,7 +62,7 @@ private Q_SLOTS:
     void ramps_data()
     {
         const Table<Channel, Doubles> row("samples", "rest");
-        row("both ends", {.96, .951, .01, .5, .97, .049, .04}, {.01, .5, .97});
+        row("both ends", {.99, .96, .951, .01, .5, .97, .049}, {.01, .5, .97});
         row("edges stay", {.95, .5, .05}, {.95, .5, .05});
         row("NaN ends both", {.99, qQNaN(), .99, .01, qQNaN(), .01}, {qQNaN(), .99, .01, qQNaN()});
         row("all above", {.99, .98, .97}, {});

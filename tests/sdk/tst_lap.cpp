@@ -4,7 +4,9 @@
 
 #include "sdk/sdk_utils.h"
 
+#include <array>
 #include <cmath>
+#include <functional>
 
 using namespace KOV::SDK;
 using namespace Testing;
@@ -127,7 +129,7 @@ private Q_SLOTS:
         QVERIFY(lap.size() == 2 && lap.containsRecordedChannel(name) && lap.containsCalculatedChannel(name));
         QVERIFY(lap.channel(name) == recorded && lap.calculatedChannel(name) == calculated);
         lap.removeRecordedChannel(name);
-        QVERIFY(!lap.channel(name) && lap.calculatedChannel(name));
+        QVERIFY(!lap.isEmpty() && !lap.channel(name) && lap.calculatedChannel(name));
         lap.removeCalculatedChannel(name);
         QVERIFY(lap.isEmpty());
     }
@@ -138,12 +140,42 @@ private Q_SLOTS:
         QVERIFY(!header.lapTime.isValid() && !header.dateTime.isValid());
         QVERIFY(header.lapKind == -1 && header.stintNumber == 0 && !header.completed &&
                 header.carInfo.detailedTelemetry);
-        QCOMPARE(sessionName(header.session), u"Unknown session"_s);
-        QCOMPARE(carStatusToString(header.carInfo.status), u"Not connected"_s);
+        QVERIFY(header.session == Session::UnknownSession && header.carInfo.status == CarStatus::NotConnected);
+    }
+
+    void displayTexts()
+    {
+        QStringList sessions;
+        QStringList statuses;
+        for (int number = -1; number < 12; ++number)
+            sessions += sessionName(static_cast<Session>(number));
+        for (int number = -1; number < 9; ++number)
+            statuses += carStatusToString(static_cast<CarStatus>(number));
+        QCOMPARE(sessions.join(u','),
+                 u"Unknown session,Test session,Practice,Qualify,Warmup,Formation lap,Race,TimeAttack,"
+                 "Hotlap,Drift,Drag,Hotstint,Superpole"_s);
+        QCOMPARE(statuses.join(u','), u"Undefined,Not connected,Not in world,Waiting for start,In pit stall,In pitlane,"
+                                      "Out lap,Flying lap,On track,Off track"_s);
         QCOMPARE(sessionName(static_cast<Session>(127)), u"Other session"_s);
-        for (const int number : {-2, 12, 126, 128}) // no session, and no status
+        for (const int number : {-2, 12, 126, 128}) // neither a session nor a status
             QVERIFY(sessionName(static_cast<Session>(number)) == u"Unknown session" &&
                     carStatusToString(static_cast<CarStatus>(number)).isNull());
+    }
+
+    // Hosts that were built earlier find members by their place.
+    void membersInOrder()
+    {
+        const auto areInOrder = [](const auto &...members) {
+            const std::array<const void *, sizeof...(members)> places{&members...};
+            return std::is_sorted(places.begin(), places.end(), std::less<>());
+        };
+        const CarInfo c;
+        QVERIFY(areInOrder(c, c.carId, c.sourceName, c.pluginName, c.carName, c.className, c.driverName, c.teamName,
+                           c.status, c.detailedTelemetry));
+        const LapHeader h;
+        QVERIFY(areInOrder(h, h.dynamicData, h.carInfo, h.dateTime, h.textA, h.lapTime, h.venueName, h.textB, h.lapId,
+                           h.stintId, h.sessionId, h.lapNumber, h.stintLapIndex, h.stintNumber, h.session, h.lapKind,
+                           h.completed));
     }
 };
 

@@ -38,6 +38,7 @@ private Q_SLOTS:
         const QDir missing(files.path(u"missing"_s));
         QCOMPARE(generateUniqueFileName(missing, u"b.ld"_s), missing.absolutePath() + u"/b.ld"_s);
         QVERIFY(!missing.exists());
+        QCOMPARE(generateUniqueFileName(QDir(u"relative"_s), u"b.ld"_s), QDir::currentPath() + u"/relative/b.ld"_s);
     }
 };
 
