@@ -1,8 +1,9 @@
-// A text export with its sidecar, held against the plain way. A line "====" in the input divides the two; without it
-// there is no sidecar.
+// A text export with its sidecar, compared with a plain importer and with the same export in UTF-16. A line "===="
+// divides the input into the two; without it there is no sidecar.
 
 #include "csv/csvtext.h"
 #include "csv/orvareader.h"
+#include "ld/ldx.h"
 #include "sdk/wholenumber.h"
 
 #include "fuzz.h"
@@ -18,11 +19,11 @@ using Testing::Laps;
 
 namespace {
 
-// A text export read the plain way: Qt's text classes, a Sample a row, and nothing for speed or for the unusual.
+// Reads a text export by Qt's text classes, with one Sample per row, and takes no care of speed or of unusual files.
 struct PlainImport
 {
-    /// The laps of the export at @p path, without what a sidecar brings and without identities.
-    Laps importLaps(const QString &path)
+    /// The laps of the export at @p path with the sidecar at @p sidecar, without identities.
+    Laps importLaps(const QString &path, const QString &sidecar)
     {
         QFile file(path);
         if (!file.open(QIODevice::ReadOnly))
@@ -31,6 +32,16 @@ struct PlainImport
         readPreamble(stream);
         readRows(stream);
         finishLap();
+        const auto values = loadValues(sidecar);
+        for (const auto &done : std::as_const(laps)) {
+            LapHeader &header = done->header();
+            header.venueName = texts.value(QStringLiteral("Venue"));
+            header.carInfo.carName = texts.value(QStringLiteral("Vehicle"));
+            header.carInfo.driverName = texts.value(QStringLiteral("Driver"));
+            header.session = loadSession(sidecar);
+            for (auto entry = values.cbegin(); entry != values.cend(); ++entry)
+                header.dynamicData.setValue(entry.key(), entry.value());
+        }
         setLapTimes();
         return laps;
     }
@@ -42,8 +53,8 @@ struct PlainImport
         QString line;
         while (!stream.atEnd() && !(line = stream.readLine()).isEmpty()) {
             const QStringList fields = fieldsOf(line);
-            if (fields[0] == QLatin1String("Sample Rate") && fields.size() > 1)
-                isDecimated = fields[1].contains(QLatin1String("360"));
+            if (fields.size() > 1)
+                texts[fields[0]] = fields[1];
         }
         while (!stream.atEnd() && (line = stream.readLine()).isEmpty()) {
         }
@@ -55,6 +66,7 @@ struct PlainImport
 
     void readRows(QTextStream &stream)
     {
+        const bool isDecimated = texts.value(QStringLiteral("Sample Rate")).contains(QLatin1String("360"));
         int rowCount = 0;
         while (!stream.atEnd()) {
             QString line = stream.readLine();
@@ -112,7 +124,7 @@ struct PlainImport
 
     QStringList names;
     QStringList units;
-    bool isDecimated = false;
+    QMap<QString, QString> texts;
     Sample sample;
     Lap lap;
     double lastDistance = 0.0;
@@ -134,20 +146,35 @@ void requireCuts(const Laps &laps)
     }
 }
 
-// Whether the allowances of an import suffice for @p text, whatever it holds.
+// Whether @p text is far from the budget of an import, whatever it holds.
 bool isModest(QByteArrayView text, QByteArrayView sidecar)
 {
     const qint64 lines = text.count('\n') + 1;
-    constexpr qint64 allowance = 512LL * 1024;
-    return lines * (text.count(',') + sidecar.count('<') + 4) < allowance;
+    constexpr qint64 modest = 512LL * 1024;
+    return lines * (text.count(',') + sidecar.count('<') + 4) < modest;
 }
 
-void requirePlainLaps(const Laps &laps, const Laps &plain)
+bool sameValue(const Value &a, const Value &b) // NaN equals NaN
+{
+    return a.typeId() == b.typeId() && a.toString() == b.toString() && a.unit() == b.unit();
+}
+
+void requireSameHeader(const LapHeader &header, const LapHeader &expected)
+{
+    Fuzz::require(header.lapTime == expected.lapTime && header.lapNumber == expected.lapNumber);
+    Fuzz::require(header.venueName == expected.venueName && header.session == expected.session);
+    Fuzz::require(Testing::membersOf(header.carInfo) == Testing::membersOf(expected.carInfo));
+    const QStringList names = expected.dynamicData.valueNameList();
+    Fuzz::require(header.dynamicData.valueNameList() == names);
+    for (const QString &name : names)
+        Fuzz::require(sameValue(header.dynamicData.value(name), expected.dynamicData.value(name)));
+}
+
+void requireSameLaps(const Laps &laps, const Laps &plain)
 {
     Fuzz::require(laps.size() == plain.size());
     for (qsizetype i = 0; i < laps.size(); ++i) {
-        Fuzz::require(laps[i]->header().lapTime == plain[i]->header().lapTime);
-        Fuzz::require(laps[i]->header().lapNumber == plain[i]->header().lapNumber);
+        requireSameHeader(laps[i]->header(), plain[i]->header());
         const QStringList names = plain[i]->getAvailableRecordedChannels();
         Fuzz::require(laps[i]->getAvailableRecordedChannels() == names);
         for (const QString &name : names) {
@@ -169,20 +196,25 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const QByteArrayView input = Fuzz::bytesOf(data, size);
     const qsizetype end = input.indexOf(divider);
     const QByteArrayView text = end < 0 ? input : input.first(end);
-    // A file of lone surrogates gives texts of them.
-    const auto encoding = QStringConverter::encodingForData(text);
-    if (encoding && *encoding != QStringConverter::Utf8)
-        return -1;
+    const auto encoding = QStringConverter::encodingForData(text).value_or(QStringConverter::Utf8);
+    const bool isUtf8 = encoding == QStringConverter::Utf8;
+    if (!isUtf8 && !QString(QStringDecoder(encoding).decode(text)).isValidUtf16())
+        return -1; // lone surrogates give texts with lone surrogates
 
     const QByteArrayView sidecar = end < 0 ? QByteArrayView() : input.sliced(end + divider.size());
-    Fuzz::write(QStringLiteral("log.ldx"), sidecar);
-    ORVAReader reader(nullptr);
+    const QString sidecarPath = Fuzz::write(QStringLiteral("log.ldx"), sidecar);
     const QString path = Fuzz::write(QStringLiteral("log.csv"), text);
-    const auto laps = reader.importLaps(path);
+    const auto laps = ORVAReader(nullptr).importLaps(path);
     Fuzz::require(!laps.isEmpty());
     Fuzz::require(Testing::areSound(laps));
     requireCuts(laps);
-    if (isModest(text, sidecar))
-        requirePlainLaps(laps, PlainImport().importLaps(path));
+    if (!isModest(text, sidecar))
+        return 0;
+    requireSameLaps(laps, PlainImport().importLaps(path, sidecarPath));
+    if (isUtf8 && text.isValidUtf8() && !text.startsWith('\0')) { // NULs after the mark would mean UTF-32
+        QStringEncoder encoder(QStringConverter::Utf16, QStringConverter::Flag::WriteBom);
+        const QByteArray wide = encoder.encode(QString::fromUtf8(text));
+        requireSameLaps(ORVAReader(nullptr).importLaps(Fuzz::write(QStringLiteral("log.csv"), wide)), laps);
+    }
     return 0;
 }

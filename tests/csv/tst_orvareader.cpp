@@ -68,6 +68,8 @@ private Q_SLOTS:
             u"a[m] 1.5 -2 0; lapdistpct[pu] 0 0 0"_s);
         row("the last column of a name", "\nTime,T-ime,,LapDistPct,lap dist-pct\ns,m,..\n\n2,3,4,0,98\n6,7,8,98,2\n9\n",
             u"[..] 4; lapdistpct[pu] 0.98; time[m] 3 | [..] 8 -; lapdistpct[pu] 0.02 0; time[m] 7 9"_s);
+        row("other blanks and other lower cases", "\n\tA\xC2\xA0 B-,\xC2\xB5S\n\n\n1,2\n",
+            u"\ta\u00A0b[] 1; lapdistpct[pu] 0; \u00B5s 2"_s);
         row("short and long rows", "\nlapdistpct,b,c\n\n\n1\n2,20,30\n3,21\n98,22,32,99\n2,40,50\n4\n5,42,52,7,7\n",
             u"b - 20 21 22; c - 30 - 32; lapdistpct[pu] 0.01 0.02 0.03 0.98 | "
             "b 40 - 42; c 50 - 52; lapdistpct[pu] 0.02 0.04 0.05"_s);
@@ -103,8 +105,8 @@ private Q_SLOTS:
     {
         const Table<QByteArray, QStringList> row("header", "texts"); // venue, vehicle, driver
         row("quoted, with a second pair",
-            "\"Venue\",\"Ring\",,,\"Vehicle\",\"no\"\nVehicle,Car\n\"Driver\",\" Ann \"\n",
-            {u"Ring"_s, u"Car"_s, u" Ann "_s});
+            "\"Venue\",\"Ring \",,,\"Vehicle\",\"no\"\nVehicle,\tCar\n\"Driver\",\" Ann \"\n",
+            {u"Ring "_s, u"\tCar"_s, u" Ann "_s});
         row("the later counts, also empty", "Venue,A\nVenue,\"Sp\xC3\xA4, North\"\nDriver,A\nDriver,\n",
             {u"Sp\u00E4"_s, {}, {}});
         row("exact keys", "venue,A\n Venue,B\nVenue\nVenues,C\n", {{}, {}, {}});
@@ -126,8 +128,16 @@ private Q_SLOTS:
         QByteArray text = "Venue,V\n\nLap Dist Pct,Lap Number\n\n\n";
         for (const QByteArray &number : written)
             text += "2," + number + "\n99,0\n";
-        const Laps laps = importFile(files.write(u"run.2024.csv"_s, text));
+        const QString path = files.write(u"run.2024.csv"_s, text);
+        const Laps laps = importFile(path);
         QCOMPARE(laps.size(), written.size());
+        QSet<QUuid> identities;
+        for (const Laps &import : {laps, importFile(path)}) {
+            identities += {import[0]->header().stintId, import[0]->header().sessionId};
+            for (const auto &lap : import)
+                identities += lap->header().lapId;
+        }
+        QCOMPARE(identities.size(), 2 * (2 + laps.size()));
         for (qsizetype i = 0; i < laps.size(); ++i) {
             const LapHeader &header = laps[i]->header();
             const double number = i == 0 ? 0.0 : written[i].toDouble();
