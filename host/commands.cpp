@@ -2,6 +2,7 @@
 
 #include "host/channelscommand.h"
 #include "host/lapscommand.h"
+#include "host/rewritecommand.h"
 #include "host/setupcommand.h"
 #include "host/valuescommand.h"
 
@@ -14,6 +15,7 @@ CommandList allCommands()
     commands.push_back(channelsCommand());
     commands.push_back(valuesCommand());
     commands.push_back(setupCommand());
+    commands.push_back(rewriteCommand());
     return commands;
 }
 

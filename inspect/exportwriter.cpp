@@ -60,11 +60,13 @@ void ExportWriter::beginRow(std::size_t cellCount, std::size_t cellBytes)
     at = rowStart;
 }
 
-void ExportWriter::addText(std::string_view text)
+char *ExportWriter::addText(std::string_view text)
 {
     beginCell();
+    char *const begin = at;
     at = std::copy(text.begin(), text.end(), at);
     endCell();
+    return begin;
 }
 
 void ExportWriter::addFixed(bool isNegative, quint64 magnitude, int decimals)

@@ -45,7 +45,8 @@ public:
 
     /// Starts a row. Its cells together must not take more than @p cellBytes, counting cellRoom for each number.
     void beginRow(std::size_t cellCount, std::size_t cellBytes);
-    void addText(std::string_view text);
+    /// Returns where the text stands until endRow(), so that single characters of it can be exchanged.
+    char *addText(std::string_view text);
     /// The number @p magnitude * 10^-decimals, negated if @p isNegative, also where it is 0; all decimals are written.
     void addFixed(bool isNegative, quint64 magnitude, int decimals);
     /// The shortest text that reads back as @p value, which is finite. For a float it reads back as that float.

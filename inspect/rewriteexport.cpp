@@ -1,0 +1,644 @@
+#include "inspect/rewriteexport.h"
+
+#include "inspect/rewriteerror.h"
+#include "inspect/signalnames.h"
+#include "inspect/textlog.h"
+#include "ld/ldx.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <optional>
+#include <string>
+
+namespace Inspect {
+
+namespace {
+
+constexpr std::size_t triedRows = 600; // judged before the two readings
+constexpr double nearRate = 0.005;     // of a rate: closer rates are the same
+constexpr double ratesDiffer = 0.02;   // of a rate: the header's and that of the rows
+constexpr double longestStep = 1.5;    // of the time between two rows; a longer one is a gap
+constexpr double sameInstant = 1e-6;   // s
+constexpr int addedDecimals = 3;       // of an interpolated number
+constexpr int maxDecimals = 9;
+constexpr double halfLapPercent = 50.0; // a position that falls by more begins a lap
+
+std::optional<double> numberOf(std::span<const Cell> cells, std::size_t column)
+{
+    if (column >= cells.size())
+        return std::nullopt;
+    const auto number = numberIn(cells[column]);
+    return number && std::isfinite(*number) ? number : std::nullopt;
+}
+
+QString rateText(double rate)
+{
+    return QStringLiteral("%1 rows per second").arg(std::round(rate * 1000.0) / 1000.0);
+}
+
+// When each row was recorded. Rows come at even times: what a time column says is rounded, so it only tells where they
+// begin and where they pause.
+class RowClock
+{
+public:
+    explicit RowClock(double rowsPerSecond)
+        : rate(rowsPerSecond)
+    {
+    }
+
+    /// The time of the next row, which says @p said in its time column.
+    double next(std::optional<double> said)
+    {
+        const double expected = base + static_cast<double>(index) / rate;
+        const double step = said && hasSaid ? *said - lastSaid : 0.0;
+        isGap = step > longestStep / rate;
+        falling = falling || step < -0.5 / rate;
+        gapCount += isGap ? 1 : 0;
+        if (said) {
+            if (!hasSaid || std::abs(*said - expected) > 0.5 / rate) {
+                base = *said;
+                index = 0;
+            }
+            lastSaid = *said;
+            hasSaid = true;
+        }
+        const double time = base + static_cast<double>(index) / rate;
+        ++index;
+        ++count;
+        return time;
+    }
+
+    /// Whether the last row is the first, or the first after a gap.
+    bool beginsStretch() const { return count == 1 || isGap; }
+    bool falls() const { return falling; }
+    qint64 gaps() const { return gapCount; }
+
+private:
+    double rate;
+    double base = 0.0;
+    qint64 index = 0; // of the row, since base
+    qint64 count = 0;
+    double lastSaid = 0.0; // by the time column
+    bool hasSaid = false;
+    bool isGap = false;
+    bool falling = false;
+    qint64 gapCount = 0;
+};
+
+// What the first rows show.
+struct Shape
+{
+    bool isQuoted = false;
+    bool hasDecimalComma = false;
+    double timeStep = 0.0;      // between two rows, by the time column; 0 where that does not tell
+    std::vector<bool> hasValue; // of each column
+};
+
+// A row that outlives the reading of the next.
+class KeptRow
+{
+public:
+    void keep(const TextLog &log)
+    {
+        text.assign(log.row());
+        cells.assign(log.cells().begin(), log.cells().end());
+        for (Cell &cell : cells) {
+            if (!cell.text.empty())
+                cell.text = std::string_view(text).substr(static_cast<std::size_t>(cell.text.data() - log.row().data()),
+                                                          cell.text.size());
+        }
+    }
+    std::span<const Cell> get() const { return cells; }
+
+private:
+    std::string text;
+    std::vector<Cell> cells;
+};
+
+// Puts cells of the source into the new file.
+class CellWriter
+{
+public:
+    explicit CellWriter(ExportWriter &exportWriter)
+        : writer(exportWriter)
+    {
+    }
+
+    /// The cell without quotes and with a decimal point. What is not a finite number becomes an empty field.
+    void add(const Cell &cell)
+    {
+        std::size_t comma = std::string_view::npos;
+        if (isPlain(cell.text, &comma)) {
+            char *const text = writer.addText(cell.text);
+            if (comma != std::string_view::npos)
+                text[comma] = '.';
+            return;
+        }
+        addUnusual(cell);
+    }
+
+    /// What lies between two cells, @p share of the way.
+    void addBetween(const Cell &from, const Cell &to, double share)
+    {
+        if (from.text == to.text)
+            return add(from);
+        const auto first = numberIn(from);
+        const auto second = numberIn(to);
+        if (!first || !second || !std::isfinite(*first) || !std::isfinite(*second))
+            return add(from);
+        const int decimals = std::max(decimalsOf(from.text), decimalsOf(to.text)) + addedDecimals;
+        writer.addRounded(*first + (*second - *first) * share, std::min(decimals, maxDecimals));
+    }
+
+    void tell(QStringList *remarks) const
+    {
+        const auto remark = [remarks](qint64 count, const char *what) {
+            if (count > 0)
+                remarks->append(QString::fromLatin1(what).arg(count));
+        };
+        remark(infinities, "%1 cells held NaN or an infinity; they are now empty, which the import reads as 0");
+        remark(texts, "%1 cells held no number; they are now empty, which the import reads as 0");
+        remark(blanks, "%1 cells are empty, as in the source; the import reads them as 0");
+    }
+
+private:
+    // Whether the text is digits with at most one decimal sign and a minus sign; the place of a comma in it.
+    static bool isPlain(std::string_view text, std::size_t *comma)
+    {
+        constexpr std::size_t longest = ExportWriter::cellRoom - 1;
+        const bool isNegative = !text.empty() && text.front() == '-';
+        std::size_t digits = 0;
+        std::size_t signs = 0;
+        for (std::size_t i = isNegative ? 1 : 0; i < text.size(); ++i) {
+            const char c = text[i];
+            if (c >= '0' && c <= '9') {
+                ++digits;
+            } else if ((c == '.' || c == ',') && signs == 0) {
+                ++signs;
+                if (c == ',')
+                    *comma = i;
+            } else {
+                return false;
+            }
+        }
+        return digits > 0 && text.size() <= longest;
+    }
+
+    static int decimalsOf(std::string_view text)
+    {
+        const std::size_t sign = text.find_first_of(".,");
+        return sign == std::string_view::npos ? 0 : static_cast<int>(std::min<std::size_t>(text.size() - sign - 1, 15));
+    }
+
+    void addUnusual(const Cell &cell)
+    {
+        const auto number = numberIn(cell);
+        if (number && std::isfinite(*number)) {
+            writer.addNumber(*number);
+            return;
+        }
+        const bool isBlank = cell.text.find_first_not_of(" \t") == std::string_view::npos;
+        ++(number ? infinities : isBlank ? blanks : texts);
+        writer.addText({});
+    }
+
+    ExportWriter &writer;
+    qint64 infinities = 0;
+    qint64 texts = 0;
+    qint64 blanks = 0;
+};
+
+class ExportRewriter
+{
+public:
+    explicit ExportRewriter(RewriteJob &rewriteJob)
+        : job(rewriteJob)
+        , writer(job.file, ExportShape())
+        , copier(writer)
+    {
+    }
+
+    void run()
+    {
+        readShape();
+        chooseRate();
+        std::optional<LapClues> clues = survey();
+        if (!clues) { // the time column falls: rows are counted instead
+            if (headerRate <= 0.0)
+                throw RewriteError(QStringLiteral("its \"Time\" falls and no \"Sample Rate\" tells when rows came"));
+            job.summary.remarks.append(QStringLiteral("\"Time\" falls; rows are timed by \"Sample Rate\" instead"));
+            hasClock = false;
+            rate = headerRate;
+            chooseWay();
+            clues = survey();
+        }
+        LapPlan plan(std::move(*clues));
+        write(plan);
+        describe();
+        describeOrigins(plan, &job.summary);
+    }
+
+private:
+    void open(std::optional<TextLog> &log) const
+    {
+        log.emplace(job.options.sourcePath);
+        if (!log->isOpen())
+            throw RewriteError(QStringLiteral("cannot be opened (%1)").arg(log->errorString()));
+    }
+
+    void readShape()
+    {
+        std::optional<TextLog> log;
+        open(log);
+        preamble = log->preamble();
+        for (const TextColumn &column : log->columns()) {
+            titles.append(column.title);
+            units.append(column.unit);
+        }
+        for (qsizetype i = 0; i < titles.size() && timeScale == 0.0; ++i) {
+            const OtherName *other = otherName(titles[i]);
+            if (!other || other->role != LapRole::Time)
+                continue;
+            timeColumn = static_cast<std::size_t>(i);
+            timeScale = unitFactor(units[i], u"s").value_or(1.0);
+        }
+
+        shape.hasValue.resize(static_cast<std::size_t>(titles.size()));
+        std::vector<double> times;
+        std::size_t rows = 0;
+        while (rows < triedRows && log->nextRow()) {
+            ++rows;
+            const auto cells = log->cells();
+            for (std::size_t i = 0; i < cells.size(); ++i) {
+                shape.isQuoted = shape.isQuoted || cells[i].isQuoted;
+                shape.hasDecimalComma = shape.hasDecimalComma || cells[i].text.find(',') != std::string_view::npos;
+                if (i < shape.hasValue.size() && !cells[i].text.empty())
+                    shape.hasValue[i] = true;
+            }
+            if (const auto time = timeScale > 0.0 ? numberOf(cells, timeColumn) : std::nullopt)
+                times.push_back(*time * timeScale);
+        }
+        if (rows == 0)
+            throw RewriteError(QStringLiteral("holds no data rows, expected a header, channel names, units and rows"));
+        // Columns without a title and a value come from a comma at the end of the lines.
+        while (!titles.isEmpty() && titles.last().isEmpty() &&
+               !shape.hasValue[static_cast<std::size_t>(titles.size() - 1)]) {
+            titles.removeLast();
+            units.removeLast();
+        }
+        if (titles.isEmpty())
+            throw RewriteError(QStringLiteral("has no channel names before its rows"));
+        shape.timeStep = usualStep(times);
+    }
+
+    // The mean of those steps that are not gaps. Single ones are rounded: 0.017 and 0.016 at 60 per second.
+    static double usualStep(const std::vector<double> &times)
+    {
+        std::vector<double> steps;
+        for (std::size_t i = 1; i < times.size(); ++i)
+            steps.push_back(times[i] - times[i - 1]);
+        if (steps.empty())
+            return 0.0;
+        std::vector<double> sorted = steps;
+        std::sort(sorted.begin(), sorted.end());
+        const double usual = sorted[sorted.size() / 2];
+        double sum = 0.0;
+        qint64 count = 0;
+        for (const double step : steps) {
+            if (step > 0.0 && step <= longestStep * usual) {
+                sum += step;
+                ++count;
+            }
+        }
+        return count > 0 ? sum / static_cast<double>(count) : 0.0;
+    }
+
+    void chooseRate()
+    {
+        headerRate = preamble.sampleRate();
+        rate = headerRate;
+        hasClock = timeScale > 0.0;
+        const double timed = shape.timeStep > 0.0 ? 1.0 / shape.timeStep : 0.0;
+        if (timed > 0.0 && (rate <= 0.0 || std::abs(timed - rate) > ratesDiffer * rate)) {
+            if (rate > 0.0)
+                job.summary.remarks.append(
+                    QStringLiteral("\"Sample Rate\" says %1, but \"Time\" rises by %2 s a row; the time counts")
+                        .arg(rate)
+                        .arg(shape.timeStep, 0, 'g', 4));
+            rate = std::abs(timed - std::round(timed)) <= nearRate * timed ? std::round(timed) : timed;
+        }
+        if (rate <= 0.0)
+            throw RewriteError(QStringLiteral("neither a \"Time\" column nor a \"Sample Rate\" tells when rows came"));
+        if (timed == 0.0)
+            hasClock = false; // it stands, or there is one row only
+        chooseWay();
+    }
+
+    void chooseWay()
+    {
+        areRowsKept = std::abs(rate - rewriteRate) <= nearRate * rewriteRate;
+        if (areRowsKept)
+            rate = rewriteRate;
+    }
+
+    std::optional<double> saidTime(std::span<const Cell> cells) const
+    {
+        const auto time = hasClock ? numberOf(cells, timeColumn) : std::nullopt;
+        return time ? std::optional(*time * timeScale) : std::nullopt;
+    }
+
+    // The first reading; nothing where the time column turns out to be no clock.
+    std::optional<LapClues> survey()
+    {
+        LapClues clues;
+        std::vector<LapChannelSurvey> &channels = clues.channels;
+        for (const LapChannel &channel : lapChannels(titles, units, job.options.mappings))
+            channels.emplace_back(channel);
+        const Progress progress(job.options.progress, 0.0, 0.3);
+        std::optional<TextLog> log;
+        open(log);
+        RowClock clock(rate);
+        std::size_t cellsBefore = 0;
+        double timeBefore = 0.0;
+        bool isShort = false;
+        rowCount = 0;
+        while (log->nextRow()) {
+            const auto cells = log->cells();
+            const double time = clock.next(saidTime(cells));
+            if (clock.falls())
+                return std::nullopt;
+            for (LapChannelSurvey &channel : channels) {
+                if (const auto number = numberOf(cells, channel.channel().column))
+                    channel.add(time, *number);
+            }
+            if (rowCount == 0)
+                clues.firstTime = time;
+            timeBefore = clues.lastTime;
+            clues.lastTime = time;
+            isShort = rowCount > 0 && cells.size() < cellsBefore;
+            cellsBefore = cells.size();
+            if (++rowCount % progressRows == 0)
+                progress.tell(static_cast<double>(log->rowOffset()) / static_cast<double>(log->fileBytes()));
+        }
+        if (rowCount == 0)
+            throw RewriteError(QStringLiteral("can no longer be read"));
+        if (isShort) {
+            --rowCount;
+            clues.lastTime = timeBefore;
+            job.summary.remarks.append(QStringLiteral("the last row breaks off and is left out"));
+        }
+        if (clock.gaps() > 0)
+            job.summary.remarks.append(
+                QStringLiteral("\"Time\" jumps ahead %1 times; nothing is put into the gaps").arg(clock.gaps()));
+        clues.period = 1.0 / rate;
+        clues.areRowsKept = areRowsKept;
+        addMarks(clues);
+        return clues;
+    }
+
+    void addMarks(LapClues &clues) const
+    {
+        if (job.options.lapsAt)
+            clues.userMarks = LapMarks{QStringLiteral("--laps-at"), *job.options.lapsAt};
+        std::vector<double> beacons = preamble.beaconMarkers;
+        if (beacons.empty())
+            beacons = numberList(preamble.value(u"Beacon Markers"));
+        clues.marks = {{QStringLiteral("the header row \"Beacon Markers\""), beacons}, sidecarMarks(job.sidecar)};
+        const QString range = preamble.range();
+        bool isNumber = false;
+        const qint64 number = range.startsWith(QLatin1String("Lap ")) ? range.mid(4).toInt(&isNumber) : 0;
+        if (!isNumber)
+            return;
+        clues.onlyLap = number;
+        const auto begin = numberIn(preamble.value(u"Start Time").toStdString());
+        const auto end = numberIn(preamble.value(u"End Time").toStdString());
+        // A range that lasts a whole number of rows may have been rounded up to that; any other is the lap's time.
+        const double rows = begin && end ? (*end - *begin) * rate : 0.0;
+        constexpr double rounding = 0.0006; // s, of three decimals
+        if (std::abs(rows - std::round(rows)) > rounding * rate)
+            clues.onlyLapEnd = clues.firstTime + (*end - *begin);
+    }
+
+    void write(LapPlan &plan)
+    {
+        DrivingCells cells(plan);
+        driving = &cells;
+        if (!hasClock) {
+            ownTitles = QStringList{QStringLiteral("Time")};
+            ownUnits = QStringList{QStringLiteral("s")};
+        }
+        columns = writtenColumns(titles, units, plan, ownTitles, &job.summary.remarks);
+        writeHeader(plan);
+        writeColumnRows(writer, plan, ownTitles, ownUnits, columns);
+
+        const Progress progress(job.options.progress, 0.3, 1.0);
+        std::optional<TextLog> log;
+        open(log);
+        RowClock clock(rate);
+        KeptRow before;
+        double timeBefore = 0.0;
+        bool hasRow = false;
+        for (qint64 row = 0; row < rowCount && log->nextRow() && !job.file.isFull(); ++row) {
+            const auto cellsOfRow = log->cells();
+            const double time = clock.next(saidTime(cellsOfRow));
+            extraCells = extraCells || cellsOfRow.size() > static_cast<std::size_t>(titles.size());
+            if (areRowsKept) {
+                writeRow(plan, cellsOfRow, cellsOfRow, 0.0, time);
+            } else if (clock.beginsStretch()) {
+                if (hasRow)
+                    writeLastOfStretch(plan, before.get(), timeBefore);
+                base = time;
+                gridIndex = 0;
+            } else {
+                writeBetween(plan, before.get(), timeBefore, cellsOfRow, time);
+            }
+            if (!areRowsKept || row + 1 == rowCount)
+                before.keep(*log);
+            timeBefore = time;
+            hasRow = true;
+            if (row % progressRows == 0)
+                progress.tell(static_cast<double>(log->rowOffset()) / static_cast<double>(log->fileBytes()));
+        }
+        if (!areRowsKept && hasRow)
+            writeLastOfStretch(plan, before.get(), timeBefore);
+        if (const auto closing = plan.closingTime()) {
+            writeRow(plan, before.get(), before.get(), 0.0, *closing, true);
+            job.summary.remarks.append(QStringLiteral("the last lap ends after the last row: a row at %1 s with the "
+                                                      "last values is added, as the import takes a "
+                                                      "lap's time from the rows after it")
+                                           .arg(*closing, 0, 'f', 3));
+        }
+        copier.tell(&job.summary.remarks);
+        if (extraCells)
+            job.summary.remarks.append(
+                QStringLiteral("some rows have more cells than there are titles; those cells are left out"));
+    }
+
+    double gridTime() const { return base + static_cast<double>(gridIndex) / rewriteRate; }
+
+    void writeBetween(LapPlan &plan, std::span<const Cell> from, double fromTime, std::span<const Cell> to,
+                      double toTime)
+    {
+        for (double time = gridTime(); time < toTime - sameInstant; time = gridTime()) {
+            writeRow(plan, from, to, std::max((time - fromTime) / (toTime - fromTime), 0.0), time);
+            ++gridIndex;
+        }
+    }
+
+    void writeLastOfStretch(LapPlan &plan, std::span<const Cell> cells, double time)
+    {
+        if (std::abs(gridTime() - time) <= sameInstant)
+            writeRow(plan, cells, cells, 0.0, time);
+    }
+
+    // A row at `time`, which is `share` of the way between two rows of the source.
+    void writeRow(LapPlan &plan, std::span<const Cell> from, std::span<const Cell> to, double share, double time,
+                  bool isClosing = false)
+    {
+        const bool isExact = share * (1.0 / rate) <= sameInstant;
+        std::size_t bytes = (columns.size() + drivingRoles.size() + 1) * ExportWriter::cellRoom;
+        writer.beginRow(columns.size() + drivingRoles.size() + 1, bytes);
+        for (const LapRole role : drivingRoles) {
+            const DrivingSource &source = plan.source(role);
+            if (source.kind == DrivingSource::Kind::Channel && !isClosing)
+                addFromChannel(source, role, from, to, isExact ? 0.0 : share);
+            else if (source.kind != DrivingSource::Kind::Unknown)
+                driving->add(writer, role, time);
+        }
+        if (!hasClock)
+            writer.addRounded(time, 6);
+        for (const WrittenColumn &column : columns) {
+            if (column.source >= std::min(from.size(), to.size()))
+                break; // a short row stays one: the import reads no value there, where an empty field would be 0
+            if (isClosing && hasClock && column.source == timeColumn)
+                writer.addRounded(time / timeScale, 6);
+            else if (isExact)
+                copier.add(from[column.source]);
+            else
+                copier.addBetween(from[column.source], to[column.source], share);
+        }
+        writer.endRow();
+        ++job.summary.rows;
+    }
+
+    // A driving channel as a channel of the source has it. Where it starts again nothing lies between two rows, and a
+    // row without a value does not end a lap.
+    void addFromChannel(const DrivingSource &source, LapRole role, std::span<const Cell> from, std::span<const Cell> to,
+                        double share)
+    {
+        double &held = heldValues[static_cast<std::size_t>(role)];
+        const auto first = numberOf(from, *source.column);
+        const auto second = numberOf(to, *source.column);
+        if (first && share == 0.0 && source.scale == 1.0) {
+            held = *first;
+            copier.add(from[*source.column]);
+            return;
+        }
+        if (first)
+            held = *first * source.scale;
+        double value = held;
+        if (first && second && share > 0.0 && held - *second * source.scale < halfLapPercent)
+            value += (*second * source.scale - held) * share;
+        writer.addRounded(value, maxDecimals - 1);
+    }
+
+    void writeHeader(const LapPlan &plan)
+    {
+        QList<QByteArray> line;
+        qint64 lineNumber = 0;
+        bool isChanged = false;
+        bool hasRate = false;
+        const QString writtenRate = QStringLiteral("60.000");
+        const auto flush = [&] {
+            if (!line.isEmpty())
+                writer.writeLine(line);
+            line.clear();
+        };
+        for (const HeaderEntry &entry : preamble.header) {
+            if (entry.line != lineNumber)
+                flush();
+            lineNumber = entry.line;
+            QString value = entry.value;
+            if (entry.key == QLatin1String("Sample Rate")) {
+                value = writtenRate;
+                hasRate = true;
+            } else if (entry.key == QLatin1String("Beacon Markers")) {
+                if (!plan.starts().empty())
+                    continue;
+                value.replace(u',', u' ');
+            } else if (value.contains(u',') && numberIn(value.toStdString())) {
+                value.replace(u',', u'.');
+            }
+            isChanged = isChanged || QString::fromUtf8(cellText(value)) != value;
+            if (entry.column > 0) {
+                while (line.size() < entry.column)
+                    line.append(QByteArray());
+            }
+            line += {cellText(entry.key), cellText(value), cellText(entry.unit)};
+            if (entry.unit.isEmpty())
+                line.removeLast();
+        }
+        flush();
+        if (!hasRate)
+            writer.writeLine({"Sample Rate", writtenRate.toLatin1(), "Hz"});
+        writeBeaconMarkers(writer, plan);
+        if (isChanged)
+            job.summary.remarks.append(QStringLiteral("commas and quotes in header texts, which this format cannot "
+                                                      "carry, are now semicolons and apostrophes"));
+        const QString session = preamble.value(u"Session");
+        if (getSessionFromString(session) != KOV::SDK::Session::UnknownSession)
+            job.sessionWord = session;
+    }
+
+    void describe()
+    {
+        RewriteSummary &summary = job.summary;
+        summary.source = QStringLiteral("text export, %1, %2")
+                             .arg(!shape.isQuoted         ? QStringLiteral("cells without quotes")
+                                  : shape.hasDecimalComma ? QStringLiteral("quoted cells with a decimal comma")
+                                                          : QStringLiteral("quoted cells with a decimal point"),
+                                  rateText(rate));
+        const double share = rate / rewriteRate;
+        summary.rate = areRowsKept ? QStringLiteral("rows are kept as they are")
+                       : rate > rewriteRate && std::abs(share - std::round(share)) < nearRate
+                           ? QStringLiteral("one of %1 rows is kept").arg(std::round(share))
+                           : QStringLiteral("interpolated in time between rows, without a filter");
+        summary.channels = static_cast<qsizetype>(columns.size()) + ownTitles.size();
+    }
+
+    static constexpr qint64 progressRows = 4096;
+
+    RewriteJob &job;
+    ExportWriter writer;
+    CellWriter copier;
+    DrivingCells *driving = nullptr;
+    TextPreamble preamble;
+    QStringList titles;
+    QStringList units;
+    Shape shape;
+    std::size_t timeColumn = 0;
+    double timeScale = 0.0; // to seconds; 0 without a time column
+    double headerRate = 0.0;
+    double rate = 0.0;
+    bool hasClock = false; // the time column tells when rows came
+    bool areRowsKept = false;
+    qint64 rowCount = 0;
+    QStringList ownTitles;
+    QStringList ownUnits;
+    std::vector<WrittenColumn> columns;
+    std::array<double, 4> heldValues{};
+    double base = 0.0;
+    qint64 gridIndex = 0;
+    bool extraCells = false;
+};
+
+} // namespace
+
+void rewriteExport(RewriteJob &job)
+{
+    ExportRewriter(job).run();
+}
+
+} // namespace Inspect
