@@ -28,7 +28,15 @@ public:
     std::string make_usage(const CLI::App *app, std::string name) const override
     {
         const std::string usage = '\n' + CLI::Formatter::make_usage(app, name);
-        return app->get_parent() ? usage : usage + "       " + name + " [options] LOG...\n";
+        return app->get_parent() ? usage : usage + "   or: " + name + " [options] LOG...\n";
+    }
+
+    std::string make_option_name(const CLI::Option *option, bool isPositional) const override
+    {
+        std::string name = CLI::Formatter::make_option_name(option, isPositional);
+        if (const auto comma = name.find(','); comma != std::string::npos)
+            name.insert(comma + 1, " "); // "-h, --help", which the manual page is made from
+        return name;
     }
 };
 

@@ -1,7 +1,10 @@
 # Sourced by the other scripts: installs Debian packages that are missing. Asks nothing; works as root and with sudo.
 
+# The packages whose code becomes part of orva-host.
+embedded_packages=(libcli11-dev rapidjson-dev)
+
 # The packages to build and run, and to build and run the tests.
-build_packages=(g++ cmake ninja-build pkgconf qt6-base-dev rapidjson-dev libcli11-dev python3-jsonschema)
+build_packages=(g++ cmake help2man ninja-build pkgconf python3-jsonschema qt6-base-dev "${embedded_packages[@]}")
 
 # install_missing PACKAGE...: installs those that are not there yet, and says so.
 install_missing() {
