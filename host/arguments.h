@@ -15,7 +15,7 @@ class Option;
 
 namespace Host {
 
-/// What every command about logs is told.
+/// The arguments of every command about logs.
 struct LogArguments
 {
     QStringList paths; ///< as given, at least one
@@ -26,7 +26,7 @@ struct LogArguments
 /// Adds LOG..., --json and --quiet.
 void addLogArguments(CLI::App &app, LogArguments &arguments);
 
-/// What commands that import logs are told besides.
+/// Further arguments of commands that import logs.
 struct ImportArguments
 {
     QString pluginPath; ///< empty: look for the library's own
@@ -39,7 +39,7 @@ void addImportArguments(CLI::App &app, ImportArguments &arguments);
 /// Adds an option without a value.
 CLI::Option *addFlag(CLI::App &app, const std::string &names, bool &target, const std::string &help);
 
-/// What commands that can also show a log as it stands are told.
+/// Which laps to show, for commands that can also show the file itself.
 struct LapArguments
 {
     std::optional<qsizetype> lap; ///< index of the one lap to show
@@ -60,7 +60,7 @@ CLI::Option *addText(CLI::App &app, const std::string &names, const std::string 
 CLI::Option *addNames(CLI::App &app, const std::string &names, const std::string &valueName, QStringList &target,
                       const std::string &help);
 
-/// Splits what @p option was given at its commas. A name that holds a comma stands in double quotes, with double quotes
+/// Splits what @p option was given at its commas. A name that contains a comma is in double quotes, with double quotes
 /// in it doubled, just as in the header row that "values" prints. Throws Failure with ExitStatus::BadCommandLine where
 /// a quote is not closed.
 QStringList splitNames(const QString &text, const QString &option);

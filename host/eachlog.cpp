@@ -12,7 +12,7 @@ ExitStatus forEachLog(const LogArguments &arguments, Output &output,
     for (const QString &path : arguments.paths) {
         if (arguments.paths.size() > 1 && !arguments.isJson)
             output.beginBlock(path);
-        status = worse(status, guarded([&] { return action(path); }, true));
+        status = worse(status, guardedFor(path, [&] { return action(path); }));
         output.flush(); // before what the next log may bring on standard error
     }
     return status;

@@ -26,22 +26,35 @@ ExitStatus worse(ExitStatus first, ExitStatus second)
                                                                                                         : first;
 }
 
-ExitStatus guarded(const std::function<ExitStatus()> &action, bool isPart)
+ExitStatus guarded(const std::function<ExitStatus()> &action)
 {
     try {
         return action();
-    } catch (const OutputFailure &failure) {
-        if (isPart)
-            throw;
-        return failed(failure.text(), failure.status());
     } catch (const Failure &failure) {
         return failed(failure.text(), failure.status());
     } catch (const std::bad_alloc &) {
-        return failed(QStringLiteral("not enough memory for this log"));
+        return failed(QStringLiteral("not enough memory"));
     } catch (const std::exception &error) {
-        return failed(QLatin1String("the plug-in threw an exception: ") + QString::fromLocal8Bit(error.what()));
+        return failed(QLatin1String("unexpected exception: ") + QString::fromLocal8Bit(error.what()));
     } catch (...) {
-        return failed(QStringLiteral("the plug-in threw an exception"));
+        return failed(QStringLiteral("unexpected exception"));
+    }
+}
+
+ExitStatus guardedFor(const QString &log, const std::function<ExitStatus()> &action)
+{
+    try {
+        return action();
+    } catch (const OutputFailure &) {
+        throw;
+    } catch (const Failure &failure) {
+        return failed(failure.text(), failure.status());
+    } catch (const std::bad_alloc &) {
+        return failed(log + QLatin1String(": not enough memory for this log"));
+    } catch (const std::exception &error) {
+        return failed(log + QLatin1String(": the plug-in threw an exception: ") + QString::fromLocal8Bit(error.what()));
+    } catch (...) {
+        return failed(log + QLatin1String(": the plug-in threw an exception"));
     }
 }
 

@@ -47,8 +47,10 @@ public:
     using Failure::Failure;
 };
 
-/// Calls @p action. Prints the one line of a run that failed for whatever exception leaves it, and returns the status
-/// that it stands for. Lets an OutputFailure pass if @p isPart, as the whole run ends by it.
-ExitStatus guarded(const std::function<ExitStatus()> &action, bool isPart = false);
+/// Calls @p action and returns its status. If an exception leaves it, prints the one line of a failure instead and
+/// returns the status that belongs to it.
+ExitStatus guarded(const std::function<ExitStatus()> &action);
+/// The same for the part of a run that is about @p log. Lets an OutputFailure pass, because the whole run ends by it.
+ExitStatus guardedFor(const QString &log, const std::function<ExitStatus()> &action);
 
 } // namespace Host

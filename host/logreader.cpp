@@ -26,9 +26,9 @@ Log importBy(const Plugin &plugin, const QString &path)
     log.laps = import->import(path, import->availableImportFormats().value(0), {});
     log.laps.removeAll(nullptr);
     if (log.laps.isEmpty())
-        throw Failure(QStringLiteral("%1: \"%2\" finds no laps in it").arg(path, import->pluginName()));
+        throw Failure(QStringLiteral("%1: the plug-in \"%2\" found no laps in it").arg(path, import->pluginName()));
     if (std::all_of(log.laps.begin(), log.laps.end(), [](const auto &lap) { return lap->isEmpty(); }))
-        throw Failure(path + QLatin1String(": holds no data rows, expected a header, channel names, units and rows"));
+        throw Failure(path + QLatin1String(": no data rows; expected a header, channel names, units and rows"));
     return log;
 }
 
@@ -38,27 +38,25 @@ LogFormat readFormat(const QString &path)
 {
     // Looks before the import does, since the import cannot say what is wrong with a file.
     const QFileInfo info(path);
-    const auto refuse = [&path](const QString &why) {
-        throw Failure(path + QLatin1String(": ") + why + QLatin1String(", expected a log file"));
-    };
+    const auto refuse = [&path](const QString &why) { throw Failure(path + QLatin1String(": ") + why); };
     if (path.isEmpty())
-        throw Failure(QStringLiteral("the path of a log is empty, expected a log file"));
+        throw Failure(QStringLiteral("the path of a log is empty"));
     if (!info.exists())
-        refuse(info.isSymLink()             ? QStringLiteral("a dangling symbolic link")
-               : isBehindClosedFolder(path) ? QStringLiteral("permission denied on its folder")
-                                            : QStringLiteral("no such file"));
+        refuse(info.isSymLink()         ? QStringLiteral("a dangling symbolic link")
+               : isInClosedFolder(path) ? QStringLiteral("permission denied on its folder")
+                                        : QStringLiteral("no such file"));
     if (info.isDir())
-        refuse(QStringLiteral("a directory"));
+        refuse(QStringLiteral("a folder, expected a log file"));
     if (!info.isFile())
         refuse(QStringLiteral("not a regular file but a device, a pipe or a socket"));
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        refuse(QLatin1String("cannot be opened (") + file.errorString() + u')');
+        refuse(QLatin1String("cannot be opened: ") + file.errorString());
     const QByteArray head = file.read(logFormatBytes);
     if (head.isEmpty() && file.error() != QFileDevice::NoError)
-        refuse(QLatin1String("cannot be read (") + file.errorString() + u')');
+        refuse(QLatin1String("cannot be read: ") + file.errorString());
     if (head.isEmpty())
-        refuse(QStringLiteral("empty"));
+        refuse(QStringLiteral("the file is empty"));
     return logFormatOf(head, info.size());
 }
 
@@ -73,8 +71,7 @@ Log LogReader::read(const QString &path) const
     if (!plugin.isOwn())
         return importBy(plugin, path);
     if (format == LogFormat::Unknown)
-        throw Failure(path + QLatin1String(": neither a comma-separated text export nor a binary .ld log") +
-                      checkHint(path));
+        throw Failure(path + QLatin1String(": neither a text export nor a binary .ld log") + checkHint(path));
     try {
         return format == LogFormat::Text ? importBy(plugin, path) : loadLdLog(path);
     } catch (const Failure &failure) {

@@ -31,7 +31,7 @@ int main(int argc, char *argv[])
     ignoreBrokenPipes();
     // Qt complains on standard error where the locale is not one of UTF-8, although nothing here depends on it.
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
-    // Nor may anything else of Qt's stand beside the one line of a run that fails.
+    // Nothing else of Qt's may appear beside the one line of a run that fails either.
     const QCoreApplication application(argc, argv);
     return static_cast<int>(guarded([] { return run(QCoreApplication::arguments()); }));
 }

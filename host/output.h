@@ -42,7 +42,7 @@ private:
     bool styled;
 };
 
-/// Writes @p text to standard error as exactly one line, whatever it holds.
+/// Writes @p text to standard error as exactly one line, whatever it contains.
 void printError(const QString &text);
 
 } // namespace Host

@@ -31,7 +31,7 @@ bool isErrorTerminal()
     return _isatty(_fileno(stderr)) != 0;
 }
 
-bool isBehindClosedFolder(const QString & /*path*/)
+bool isInClosedFolder(const QString & /*path*/)
 {
     return false;
 }
@@ -61,7 +61,7 @@ bool isErrorTerminal()
     return isatty(STDERR_FILENO) == 1;
 }
 
-bool isBehindClosedFolder(const QString &path)
+bool isInClosedFolder(const QString &path)
 {
     return access(QFile::encodeName(path).constData(), F_OK) != 0 && errno == EACCES;
 }

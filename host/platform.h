@@ -18,6 +18,6 @@ bool isErrorTerminal();  ///< whether standard error is one
 
 /// Whether @p path cannot be looked at, as one of its folders may not be entered. Qt says of such a file that it does
 /// not exist.
-bool isBehindClosedFolder(const QString &path);
+bool isInClosedFolder(const QString &path);
 
 } // namespace Host

@@ -31,8 +31,8 @@ QString libraryFile(const QString &path)
         if (QFileInfo(place).isFile())
             return place;
     }
-    throw Failure(QLatin1String("no import plug-in found, looked for ") + places.join(QLatin1String(", ")) +
-                  QLatin1String("; --plugin names another"));
+    throw Failure(QLatin1String("import plug-in not found; looked for ") + places.join(QLatin1String(", ")) +
+                  QLatin1String("; name one with --plugin"));
 }
 
 // Qt's texts for people may run over several lines and repeat the file's name.
@@ -73,9 +73,8 @@ Plugin::Plugin(const QString &path)
         throw Failure(QStringLiteral("%1: the plug-in cannot be loaded: %2").arg(file, reason(loader)));
     root = qobject_cast<PluginInterfaceImport *>(object);
     if (!root)
-        throw Failure(
-            QStringLiteral("%1: the plug-in's object does not offer the interface \"%2\" that its record names")
-                .arg(file, expected));
+        throw Failure(QStringLiteral("%1: the plug-in names the interface \"%2\" but its object does not implement it")
+                          .arg(file, expected));
 }
 
 bool Plugin::isOwn() const

@@ -1,6 +1,6 @@
 #pragma once
 
-// What stands on standard error beside the result: what the plug-in said, and what makes a result look empty.
+// What goes to standard error besides errors: what the plug-in said, and why a result looks empty.
 
 #include "host/failure.h"
 
@@ -12,7 +12,7 @@ struct ImportArguments;
 struct Log;
 struct LogArguments;
 
-/// What ends a line about a log at @p path that disappoints: where to read more.
+/// The end of a line about what is amiss with the log at @p path: where to read more.
 QString checkHint(const QString &path);
 
 /// Prints the messages and remarks of @p log unless @p logs want none, and returns the status of a log that has been

@@ -51,7 +51,7 @@ template <typename File>
 void checkOpen(const QString &path, const File &file)
 {
     if (!file.isOpen())
-        throw Failure(QStringLiteral("%1: cannot be opened (%2)").arg(path, file.errorString()));
+        throw Failure(QStringLiteral("%1: cannot be opened: %2").arg(path, file.errorString()));
 }
 
 void extend(std::optional<Range> &range, double sample)

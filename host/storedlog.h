@@ -1,6 +1,6 @@
 #pragma once
 
-// What a log holds as it stands in the file, whatever the import makes of it: its channels at their own rates. For logs
+// What the file of a log itself holds, whatever the import makes of it: its channels at their own rates. For logs
 // without laps, and for people who want to see what the import leaves out.
 
 #include "host/logformat.h"

@@ -129,20 +129,20 @@ private Q_SLOTS:
         row("lap given twice", "--lap 1 --lap 2 @log.csv", 2, "--lap is given more than once");
         row("flag with a value", "--json=3 @log.csv", 2, "--json takes no value");
         row("open quote", "values -c speed,\"rpm @log.csv", 2, "unterminated double quote in --channels 'speed,\"rpm'");
-        row("missing file", "@gone.csv", 1, "gone.csv: no such file, expected a log file");
-        row("directory", "@", 1, ": a directory, expected a log file");
+        row("missing file", "@gone.csv", 1, "gone.csv: no such file\n");
+        row("directory", "@", 1, ": a folder, expected a log file");
         row("pipe", "@pipe", 1, "pipe: not a regular file");
         row("read error", "/proc/self/mem", 1, "cannot be read");
-        row("empty file", "@empty.csv", 1, "empty.csv: empty");
-        row("no rows", "@header.csv", 1, "header.csv: holds no data rows");
+        row("empty file", "@empty.csv", 1, "empty.csv: the file is empty");
+        row("no rows", "@header.csv", 1, "header.csv: no data rows");
         row("plug-in missing", "--plugin @gone.so @log.csv", 1, "gone.so: no such file");
         row("plug-in is a directory", "--plugin @ @log.csv", 1, "not a regular file, expected an import plug-in");
         row("plug-in is text", "--plugin @log.csv @log.csv", 1, "not a plug-in, expected one of interface");
         row("other interface", "--plugin " OTHER_PLUGIN " @log.csv", 1,
             "interface \"kovdata.PluginInterfaceImport/0.1\", expected \"kovdata.PluginInterfaceImport/0.2\"");
-        row("lying plug-in", "--plugin " LYING_PLUGIN " @log.csv", 1, "does not offer the interface");
-        row("plug-in finds nothing", "--plugin " ODD_PLUGIN " @nothing", 1, "\"odd\" finds no laps");
-        row("plug-in throws", "+ @thrown", 1, "the plug-in threw an exception");
+        row("lying plug-in", "--plugin " LYING_PLUGIN " @log.csv", 1, "its object does not implement it");
+        row("plug-in finds nothing", "--plugin " ODD_PLUGIN " @nothing", 1, "the plug-in \"odd\" found no laps");
+        row("plug-in throws", "+ @thrown", 1, "thrown: the plug-in threw an exception\n");
         row("unknown lap", "--lap 3 @log.csv", 1, "no lap with index 3, expected 0 to 2");
         row("unknown channel", "values --channels speed,rpm @log.csv", 1, "no channel \"rpm\" in lap 1");
         row("remark and status of a log without laps", "channels --strict @rates", 3,
@@ -169,8 +169,7 @@ private Q_SLOTS:
         row("Latin-1", fileOf(QString::fromUtf8(exportText).toLatin1()), 0, isText);
         row("bare columns", fileOf("\nspeed\nkm/h\n\n1\n2\n"), 0, isText);
         row("NULs of a torn write", fileOf(exportText + QByteArray(5, '\0')), 0, isText);
-        row("NULs only", fileOf(QByteArray(4000, '\0')), 1,
-            "neither a comma-separated text export nor a binary .ld log");
+        row("NULs only", fileOf(QByteArray(4000, '\0')), 1, "neither a text export nor a binary .ld log");
         row("short NULs", fileOf(QByteArray(7, '\0')), 1, "neither");
         row("image", fileOf(QByteArray("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x10\0\0\0\x10\x08\2\0\0\0", 29)), 1,
             "neither");
@@ -233,7 +232,7 @@ private Q_SLOTS:
 
     void views_data()
     {
-        // A transcript: commands behind "$ ", each with what it prints.
+        // A transcript: commands after "$ ", each with what it prints.
         const Table<QByteArray, QByteArray> row("command", "expected");
         QFile transcript(QStringLiteral(HOST_VIEWS));
         QVERIFY(transcript.open(QIODevice::ReadOnly));
