@@ -1,7 +1,7 @@
 # Checks the built library as the dynamic linker sees it: run with -DLIBRARY, -DMAP, -DNM and -DREADELF.
 cmake_minimum_required(VERSION 3.25)
 
-file(STRINGS ${MAP} functions REGEX "^ +[A-Za-z_0-9]+\\*?;$") # all but the patterns for KOV::SDK
+file(STRINGS ${MAP} functions REGEX "^ +[A-Za-z][A-Za-z_0-9]+\\*?;$") # all but the patterns for KOV::SDK
 list(TRANSFORM functions REPLACE "[ *;]" "")
 
 function(run output)
@@ -17,7 +17,7 @@ foreach(line IN LISTS lines)
     message(SEND_ERROR "a unique symbol, which never lets the library go: ${symbol}")
   elseif(symbol MATCHES "^([A-Za-z_0-9]+)(\\(|$)" AND CMAKE_MATCH_1 IN_LIST functions)
     list(APPEND found ${CMAKE_MATCH_1})
-  elseif(NOT symbol MATCHES "^((vtable|typeinfo|typeinfo name) for )?KOV::SDK::")
+  elseif(NOT symbol MATCHES "^((vtable|typeinfo|typeinfo name) for )?KOV::SDK::[^ (]+(\\(.*)?$")
     message(SEND_ERROR "exported, but not part of the interface: ${symbol}")
   endif()
 endforeach()
