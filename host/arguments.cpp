@@ -29,7 +29,7 @@ void addLogArguments(CLI::App &app, LogArguments &arguments)
                for (const std::string &path : paths)
                    arguments.paths.append(QString::fromStdString(path));
            },
-           "A telemetry log, or several")
+           "One or more telemetry logs")
         ->option_text(" ")
         ->required();
     addFlag(app, "--json", arguments.isJson, "Print one JSON object per log, each on one line");
@@ -47,7 +47,7 @@ CLI::Option *addFlag(CLI::App &app, const std::string &names, bool &target, cons
     return app.add_flag(names, target, help)->disable_flag_override(); // no "--json=3"
 }
 
-CLI::Option *addLap(CLI::App &app, std::optional<qsizetype> &lap, const std::string &otherwise)
+CLI::Option *addLap(CLI::App &app, std::optional<qsizetype> &lap, const std::string &help)
 {
     return app
         .add_option_function<std::string>(
@@ -60,18 +60,19 @@ CLI::Option *addLap(CLI::App &app, std::optional<qsizetype> &lap, const std::str
                     refuse(QStringLiteral("--lap is \"%1\", expected the index of a lap: 0, 1, 2, ...").arg(text));
                 lap = index;
             },
-            "Show the lap with this index, counted from 0.\n" + otherwise)
+            help)
         ->type_name("N");
 }
 
 void addLapArguments(CLI::App &app, LapArguments &arguments)
 {
     CLI::Option *lap = addLap(app, arguments.lap,
-                              "Without it, the best lap is shown, or the longest if no\n"
-                              "lap has a time; with --json, all laps");
+                              "Show the lap with index N, counted from 0, instead of\n"
+                              "the best lap or, if no lap has a time, the longest;\n"
+                              "--json shows all laps unless told otherwise");
     addFlag(app, "--stored", arguments.isStored,
             "Show what the file itself holds, at its own rates,\n"
-            "instead of laps; a log without laps is shown so anyway")
+            "instead of a lap; the default for a log without laps")
         ->excludes(lap);
 }
 

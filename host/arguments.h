@@ -49,8 +49,8 @@ struct LapArguments
 /// Adds --lap N and --stored, of which one excludes the other.
 void addLapArguments(CLI::App &app, LapArguments &arguments);
 
-/// Adds --lap N, the index of a lap. @p otherwise ends its help text and says which laps are shown without it.
-CLI::Option *addLap(CLI::App &app, std::optional<qsizetype> &lap, const std::string &otherwise);
+/// Adds --lap N, the index of a lap.
+CLI::Option *addLap(CLI::App &app, std::optional<qsizetype> &lap, const std::string &help);
 
 /// Adds an option with a text as its value, refused if it is empty. @p valueName is what the help calls the value.
 CLI::Option *addText(CLI::App &app, const std::string &names, const std::string &valueName, QString &target,

@@ -21,14 +21,22 @@ public:
     {
         column_width(optionColumn);
         label("OPTIONS", "options");
-        label("SUBCOMMAND", "COMMAND");
         label("Positionals", "Arguments");
     }
 
     std::string make_usage(const CLI::App *app, std::string name) const override
     {
-        const std::string usage = '\n' + CLI::Formatter::make_usage(app, name);
-        return app->get_parent() ? usage : usage + "   or: " + name + " [options] LOG...\n";
+        if (app->get_parent())
+            return '\n' + CLI::Formatter::make_usage(app, name);
+        return "\nUsage: " + name + " [options] LOG...\n   or: " + name + " COMMAND [options] LOG...\n";
+    }
+
+    std::string make_option_opts(const CLI::Option *option) const override
+    {
+        // Not which options exclude each other: their texts say that in words.
+        if (!option->get_option_text().empty())
+            return ' ' + option->get_option_text();
+        return option->get_type_size() == 0 ? std::string() : ' ' + option->get_type_name();
     }
 
     std::string make_option_name(const CLI::Option *option, bool isPositional) const override
@@ -61,10 +69,11 @@ void declareProgram(CLI::App &app)
     app.set_version_flag("--version", "orva-host " ORVA_VERSION, "Print the version and exit");
     app.require_subcommand(
         1); // also keeps a log that is named like a command from ending the first command's arguments
-    app.footer("Without a command, the laps are listed. \"orva-host COMMAND --help\" explains a command.\n"
+    app.footer("Without a command, the laps are listed. \"orva-host COMMAND --help\" explains a\n"
+               "command.\n"
                "\n"
-               "Exit status: 0 success, 1 something cannot be read or written, 2 the command line is\n"
-               "wrong, 3 something about a log is amiss.");
+               "Exit status: 0 success, 1 something cannot be read or written, 2 the command\n"
+               "line is wrong, 3 something about a log is amiss.");
 }
 
 void declareCommand(CLI::App &app, Command &command)

@@ -16,7 +16,7 @@ class LapsCommand : public Command
 {
 public:
     LapsCommand()
-        : Command({"laps", "List the laps and their times (this is what a log alone does)",
+        : Command({"laps", "List the laps and their times (the default)",
                    "Imports each log and lists its laps with their times, the best one marked.",
                    "orva-host laps --lap 2 race.csv"})
     {
@@ -25,7 +25,7 @@ public:
     void declare(CLI::App &app) override
     {
         addLogArguments(app, logs);
-        addLap(app, lap, "Without it, all laps are shown");
+        addLap(app, lap, "Show only the lap with index N, counted from 0");
         addImportArguments(app, import);
     }
 

@@ -159,16 +159,19 @@ void printTable(const StoredLog &log, bool isBinary, Output &output)
 
 void writeChannel(const StoredChannel &channel, JsonWriter &json)
 {
-    const auto bound = [&channel](double Range::*which) {
-        return channel.range ? std::optional((*channel.range).*which) : std::nullopt;
-    };
     json.member("name", channel.name);
     json.member("unit", channel.unit);
     json.member("sampleRate", channel.rate > 0.0 ? std::optional(channel.rate) : std::nullopt);
     json.member("samples", channel.samples);
     json.member("readableSamples", channel.readable);
-    json.member("minimum", bound(&Range::minimum));
-    json.member("maximum", bound(&Range::maximum));
+    const auto writeBound = [&](const char *name, double Range::*which) {
+        if (channel.range && channel.record)
+            json.member(name, static_cast<float>((*channel.range).*which)); // as short as the samples, which are floats
+        else
+            json.member(name, channel.range ? std::optional((*channel.range).*which) : std::nullopt);
+    };
+    writeBound("minimum", &Range::minimum);
+    writeBound("maximum", &Range::maximum);
     if (const BinaryRecord *record = channel.record) {
         const PassedOver reason = record->passedOver;
         json.member("type", record->kindText());

@@ -18,9 +18,9 @@ class ValuesCommand : public ChannelViewCommand
 public:
     ValuesCommand()
         : ChannelViewCommand({"values", "Print the samples of a lap as comma-separated text",
-                              "Imports each log and prints the samples of a lap as comma-separated text, with one\n"
-                              "column per channel. Numbers read back exactly; a sample without a value is an empty\n"
-                              "field.",
+                              "Imports each log and prints the samples of a lap as comma-separated text, with\n"
+                              "one column per channel. Numbers read back exactly; a sample without a value is\n"
+                              "an empty field.",
                               "orva-host values --lap 2 --channels lapdistpct,speed race.csv > lap2.csv"})
     {
     }
@@ -29,8 +29,8 @@ protected:
     void declareOwn(CLI::App &app) override
     {
         addNames(app, "-c,--channels", "NAME,...", names,
-                 "Print only these channels. May be repeated. Put a name\n"
-                 "that holds a comma in double quotes");
+                 "Print only these channels; may be repeated. Put a name\n"
+                 "that contains a comma in double quotes");
     }
 
     void check(const Log &log, const std::vector<qsizetype> &laps) const override { checkNames(log, laps, names); }
