@@ -189,7 +189,7 @@ public:
         output.flush();
         if (!isQuiet) {
             for (const QString &remark : summary.remarks)
-                printError(QLatin1String("Remark: ") + remark);
+                printError(options.sourcePath + QLatin1String(": ") + remark);
         }
         output.writeText(QStringLiteral("\n"));
         const Log log = reader.read(options.targetPath);

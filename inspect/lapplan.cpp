@@ -50,6 +50,22 @@ double importable(double seconds)
     return written;
 }
 
+// The mark that is nearest to a line, if there is one of it.
+std::optional<double> nearestMark(const std::vector<LapMarks> &lists, double line)
+{
+    for (const LapMarks &marks : lists) {
+        if (!std::is_sorted(marks.seconds.begin(), marks.seconds.end()))
+            continue;
+        const auto after = std::lower_bound(marks.seconds.begin(), marks.seconds.end(), line);
+        const double next = after == marks.seconds.end() ? line + 2.0 * nearMark : *after;
+        const double before = after == marks.seconds.begin() ? line - 2.0 * nearMark : *(after - 1);
+        const double nearest = next - line < line - before ? next : before;
+        if (std::abs(nearest - line) <= nearMark)
+            return nearest;
+    }
+    return std::nullopt;
+}
+
 double median(std::vector<double> values)
 {
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
@@ -323,7 +339,7 @@ bool LapPlan::takeMarks(const LapMarks &marks, bool isOfUser)
     }
     const QString range = QStringLiteral("%1 to %2 s").arg(secondsText(clues.firstTime), secondsText(clues.lastTime));
     if (outside > 0 && isOfUser)
-        throw RewriteError(QStringLiteral("%1 of the marks of %2 lie outside the rows, which last from %3")
+        throw RewriteError(QStringLiteral("%1 marks of %2 lie outside the rows, which last from %3")
                                .arg(outside)
                                .arg(marks.origin, range));
     // A single 0 stands where a logger has seen no beacon.
@@ -352,13 +368,7 @@ void LapPlan::setClocks()
         const bool isFirst = &lap == &laps.front();
         const auto begun = timer ? timer->heldAt(middleOf(lap)) : std::nullopt;
         if (positionChannel && !isFirst) { // marks of the same lines are finer
-            std::optional<double> nearest;
-            for (const LapMarks &marks : clues.marks) {
-                for (const double mark : marks.seconds) {
-                    if (!nearest && std::abs(mark - lap.line) <= nearMark)
-                        nearest = mark;
-                }
-            }
+            const std::optional<double> nearest = nearestMark(clues.marks, lap.line);
             if (nearest)
                 lap.line = *nearest;
             else if (begun && std::abs(*begun - lap.line) <= longestTimerDelay)

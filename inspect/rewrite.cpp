@@ -74,6 +74,8 @@ QString checkedSidecarPath(const RewriteOptions &options)
         refuse(QStringLiteral("the name of the new file is empty"));
     if (QFileInfo(target).isDir())
         refuse(QStringLiteral("%1 is a directory, expected the name of a file").arg(target));
+    if (isThere(target) && !QFileInfo(target).isFile())
+        refuse(QStringLiteral("%1 is not a regular file").arg(target));
     if (isSameFile(target, options.sourcePath))
         refuse(QStringLiteral("%1 is the log itself, which is never overwritten").arg(target));
     if (isSameFile(target, ownSidecar))

@@ -17,6 +17,7 @@ namespace Inspect {
 namespace {
 
 constexpr std::size_t triedRows = 600; // judged before the two readings
+constexpr double lowestRate = 0.1;     // rows per second; fewer make a small file a huge one
 constexpr double nearRate = 0.005;     // of a rate: closer rates are the same
 constexpr double ratesDiffer = 0.02;   // of a rate: the header's and that of the rows
 constexpr double longestStep = 1.5;    // of the time between two rows; a longer one is a gap
@@ -331,6 +332,10 @@ private:
         }
         if (rate <= 0.0)
             throw RewriteError(QStringLiteral("neither a \"Time\" column nor a \"Sample Rate\" tells when rows came"));
+        if (rate < lowestRate)
+            throw RewriteError(QStringLiteral("its rows come %1 s apart, expected at most %2 s")
+                                   .arg(1.0 / rate, 0, 'g', 4)
+                                   .arg(1.0 / lowestRate));
         if (timed == 0.0)
             hasClock = false; // it stands, or there is one row only
         chooseWay();
@@ -354,41 +359,52 @@ private:
     {
         LapClues clues;
         std::vector<LapChannelSurvey> &channels = clues.channels;
-        for (const LapChannel &channel : lapChannels(titles, units, job.options.mappings))
-            channels.emplace_back(channel);
+        for (const LapChannel &channel : lapChannels(titles, units, job.options.mappings)) {
+            if (channel.role != LapRole::Time)
+                channels.emplace_back(channel);
+        }
         const Progress progress(job.options.progress, 0.0, 0.3);
         std::optional<TextLog> log;
         open(log);
         RowClock clock(rate);
-        std::size_t cellsBefore = 0;
-        double timeBefore = 0.0;
-        bool isShort = false;
-        rowCount = 0;
-        while (log->nextRow()) {
-            const auto cells = log->cells();
-            const double time = clock.next(saidTime(cells));
-            if (clock.falls())
-                return std::nullopt;
-            for (LapChannelSurvey &channel : channels) {
-                if (const auto number = numberOf(cells, channel.channel().column))
-                    channel.add(time, *number);
-            }
+        // A row counts once the next one is there: the last one may break off.
+        std::optional<double> said;
+        std::vector<double> numbers(channels.size());
+        std::size_t cellCount = 0;
+        bool isBrokenOff = false;
+        const auto count = [&] {
+            const double time = clock.next(said);
+            for (std::size_t i = 0; i < channels.size(); ++i)
+                channels[i].add(time, numbers[i]);
             if (rowCount == 0)
                 clues.firstTime = time;
-            timeBefore = clues.lastTime;
             clues.lastTime = time;
-            isShort = rowCount > 0 && cells.size() < cellsBefore;
-            cellsBefore = cells.size();
-            if (++rowCount % progressRows == 0)
+            ++rowCount;
+        };
+        rowCount = 0;
+        while (log->nextRow()) {
+            if (cellCount > 0)
+                count();
+            if (clock.falls())
+                return std::nullopt;
+            const auto cells = log->cells();
+            said = saidTime(cells);
+            for (std::size_t i = 0; i < channels.size(); ++i)
+                numbers[i] =
+                    numberOf(cells, channels[i].channel().column).value_or(std::numeric_limits<double>::quiet_NaN());
+            isBrokenOff = cells.size() < cellCount;
+            cellCount = cells.size();
+            if (rowCount % progressRows == 0)
                 progress.tell(static_cast<double>(log->rowOffset()) / static_cast<double>(log->fileBytes()));
         }
-        if (rowCount == 0)
+        if (cellCount == 0)
             throw RewriteError(QStringLiteral("can no longer be read"));
-        if (isShort) {
-            --rowCount;
-            clues.lastTime = timeBefore;
+        if (isBrokenOff)
             job.summary.remarks.append(QStringLiteral("the last row breaks off and is left out"));
-        }
+        else
+            count();
+        if (clock.falls())
+            return std::nullopt;
         if (clock.gaps() > 0)
             job.summary.remarks.append(
                 QStringLiteral("\"Time\" jumps ahead %1 times; nothing is put into the gaps").arg(clock.gaps()));

@@ -15,10 +15,13 @@ namespace Inspect {
 
 namespace {
 
+constexpr qint64 maxFileBytes = qint64{1} << 56;          // sparse files can claim more
 constexpr qint64 keptRows = rewriteRate;                  // a channel that ends so much early keeps its last value
 constexpr std::size_t blockBytes = std::size_t{16} << 20; // of samples that are turned from columns into rows
 constexpr double halfLapPercent = 50.0;                   // a position that falls by more begins a lap
-constexpr float timeTolerance = 0.01F;                    // s, of a channel that is the time of the log
+constexpr qint64 maxRows = qint64{7} * 24 * 3600 * rewriteRate; // a week
+constexpr qint64 maxSamplesPerByte = 40; // of the file; 30 is what one sample per second comes to
+constexpr float timeTolerance = 0.01F;   // s, of a channel that is the time of the log
 
 // Samples at the common rate, channel after channel, in a file that nobody else sees.
 class Spool
@@ -122,8 +125,14 @@ private:
     void chooseRecords()
     {
         QStringList unreadable;
+        qint64 budget = std::min(log.fileBytes(), maxFileBytes) * maxSamplesPerByte;
         for (const BinaryRecord &record : log.records()) {
-            const qint64 length = resampledLength(record.readableSamples, record.rate(), rewriteRate);
+            const qint64 length = lengthOf(record);
+            if (length > maxRows || length > budget) {
+                unreadable.append(QStringLiteral("\"%1\" (too long for a log of this size)").arg(record.name));
+                continue;
+            }
+            budget -= length;
             if (length == 0) {
                 if (record.claimedSamples() > 0)
                     unreadable.append(QStringLiteral("\"%1\" (%2)")

@@ -15,6 +15,7 @@
 #include <QtCore/QPluginLoader>
 #include <QtCore/QStringEncoder>
 
+#include <bit>
 #include <cmath>
 #include <functional>
 
@@ -206,6 +207,221 @@ private Q_SLOTS:
         else
             options.mappings = {{LapRole::Position, mapped, scale > 0.0 ? std::optional(scale) : std::nullopt}};
         QCOMPARE(outline(importedLaps(rewritten(content, options))), laps);
+    }
+
+    void shapes_data()
+    {
+        const Table<bool, char, QByteArray, int, QStringConverter::Encoding, QByteArray> row(
+            "isQuoted", "decimalSign", "lineEnd", "emptyLines", "encoding", "sampleRate");
+        constexpr auto utf8 = QStringConverter::Utf8;
+        row("quoted, points", true, '.', "\r\n", 2, utf8, "60.000");
+        row("quoted, commas", true, ',', "\r\n", 2, utf8, "60,000");
+        row("bare, LF", false, '.', "\n", 1, utf8, "60");
+        row("UTF-16", true, '.', "\r\n", 2, QStringConverter::Utf16, "60.000");
+        row("20 rows per second", true, ',', "\r\n", 2, utf8, "20,000");
+        row("12 rows per second, as \"Time\" says", true, '.', "\n", 1, utf8, "0");
+    }
+    // A sound sample in a bad shape, with beacons in place of its lap channels, becomes what it was.
+    void shapes()
+    {
+        QFETCH(bool, isQuoted);
+        QFETCH(char, decimalSign);
+        QFETCH(QByteArray, lineEnd);
+        QFETCH(int, emptyLines);
+        QFETCH(QStringConverter::Encoding, encoding);
+        QFETCH(QByteArray, sampleRate);
+        const QString sample = QStringLiteral(ORVA_SAMPLES "/club-race.csv");
+        const Laps good = importedLaps(sample);
+        QByteArray marks;
+        double line = 0.0;
+        for (const auto &lap : good.mid(1)) {
+            line += lap->channel(u"laplastlaptime"_s)->samples().back();
+            marks += QByteArray::number(line, 'f', 4) + ' ';
+        }
+        const int step = sampleRate.startsWith('2') ? 3 : sampleRate == "0" ? 5 : 1;
+
+        TextLog log(sample);
+        QBuffer buffer;
+        buffer.open(QIODevice::WriteOnly);
+        BlockWriter block(buffer);
+        ExportWriter writer(block, {isQuoted, decimalSign, lineEnd, emptyLines});
+        writer.writeLine({"Venue", "Mill Lane"});
+        writer.writeLine({"Sample Rate", sampleRate, "Hz"});
+        writer.writeLine({"Beacon Markers", marks});
+        writer.writeGap();
+        std::vector<std::size_t> kept;
+        QList<QByteArray> titles;
+        QList<QByteArray> units;
+        for (std::size_t i = 0; i < log.columns().size(); ++i) {
+            if (log.columns()[i].title.startsWith(u"Lap "))
+                continue;
+            kept.push_back(i);
+            titles.append(log.columns()[i].title.toUtf8());
+            units.append(log.columns()[i].unit.toUtf8());
+        }
+        writer.writeLine(titles);
+        writer.writeLine(units);
+        writer.writeGap();
+        for (int i = 0; log.nextRow(); ++i) {
+            if (i % step != 0)
+                continue;
+            writer.beginRow(kept.size(), kept.size() * ExportWriter::cellRoom);
+            for (const std::size_t column : kept) {
+                QByteArray text = QByteArray::fromStdString(std::string(log.cells()[column].text));
+                writer.addText(text.replace('.', decimalSign).toStdString());
+            }
+            writer.endRow();
+        }
+        QVERIFY(block.flush());
+        QByteArray content = buffer.data();
+        if (encoding != QStringConverter::Utf8)
+            content = QStringEncoder(encoding, QStringConverter::Flag::WriteBom)(QString::fromUtf8(content));
+
+        const Laps bad = importedLaps(rewritten(content));
+        QCOMPARE(bad.front()->header().venueName, u"Mill Lane"_s);
+        QCOMPARE(bad.size(), good.size());
+        for (qsizetype i = 0; i < good.size(); ++i) {
+            QCOMPARE(bad[i]->header().lapTime, good[i]->header().lapTime);
+            QCOMPARE(bad[i]->header().lapNumber, good[i]->header().lapNumber);
+            QVERIFY(i + 1 == good.size() || bad[i]->size() == good[i]->size());
+        }
+        const auto all = [](const Laps &laps, const QString &name, std::size_t every) {
+            std::vector<double> samples;
+            for (const auto &lap : laps)
+                samples.insert(samples.end(), lap->channel(name)->samples().begin(),
+                               lap->channel(name)->samples().end());
+            std::vector<double> picked;
+            for (std::size_t i = 0; i < samples.size(); i += every)
+                picked.push_back(samples[i]);
+            return picked;
+        };
+        for (const QString &name : good.front()->getAvailableRecordedChannels()) {
+            if (!name.startsWith(u"lap"))
+                QVERIFY(Testing::sameSamples(all(bad, name, std::size_t(step)), all(good, name, std::size_t(step))));
+        }
+    }
+
+    void binaryLog()
+    {
+        const auto singles = [](const char *name, int rate, int count, const std::function<float(int)> &value) {
+            std::vector<quint32> bits;
+            for (int i = 0; i < count; ++i)
+                bits.push_back(std::bit_cast<quint32>(value(i)));
+            LdWriter::Channel made = channel(name, {}, "m", quint16(rate));
+            made.header.typeCode = 7;
+            made.header.sampleWidth = 4;
+            made.header.sampleCount = quint32(count);
+            made.samples = LdWriter::raw(bits);
+            return made;
+        };
+        const auto speed = [](int i) { return 0.1F * float(i); };
+        LdWriter::Channel unknown = channel("Odd", {1, 2});
+        unknown.header.sampleWidth = 3;
+        LdHeadBlock head;
+        LdWriter::setText(head.venueText, "Mill, Lane");
+        LdWriter::setText(head.sessionText, "Race");
+        const QString path =
+            rewritten(LdWriter::log({singles("Short", 10, 100, speed), singles("Speed", 20, 400, speed), unknown,
+                                     singles("speed", 60, 1200, [](int i) { return i == 7 ? NAN : float(i); }),
+                                     singles("LAP_BEACON", 100, 2000, [](int i) { return i < 1203 ? 0.0F : 1.0F; })},
+                                    head),
+                      {}, {}, true);
+        const Laps laps = importedLaps(path);
+        QCOMPARE(outline(laps), u"0:0.12.030/722 1:-/478"_s);
+        QCOMPARE(laps.front()->header().venueName, u"Mill; Lane"_s);
+        QCOMPARE(laps.front()->header().session, KOV::SDK::Session::Race);
+        QStringList titles;
+        const TextLog written(path);
+        for (const TextColumn &column : written.columns())
+            titles.append(column.title);
+        QCOMPARE(titles.mid(4), QStringList({u"Time"_s, u"Speed"_s, u"speed 2"_s, u"LAP_BEACON"_s, u"Short"_s}));
+        QCOMPARE(float(laps.front()->channel(u"speed"_s)->value(30)), 1.0F);
+        QCOMPARE(float(laps.front()->channel(u"speed"_s)->value(31)), 1.0F + 0.1F / 3);
+        QVERIFY(laps.front()->channel(u"short"_s)->isValid(599));
+        QVERIFY(!laps.front()->channel(u"short"_s)->isValid(600));
+        QCOMPARE(summary.remarks.size(), 4); // the odd record, the second speed, the short channel, the NaN
+    }
+
+    void cells()
+    {
+        const QString path = rewritten("\"Venue\",\"Hill, \"\"Old\"\" Road\"\n\"Sample Rate\",\"60,000\",\"Hz\"\n\n"
+                                       "\"Time\",\"a,b\",\"time\",,\"Flag\",\"x\"\n\"s\",\"m\",\"min\",,\"\",\"\"\n\n"
+                                       "\"0,000\",\"-0,50\",\"1.50\",7,\"ON\",\"nan\"\n"
+                                       "\"0,017\",\"1e5\",\"+3\",,\" 7 \",\"1e400\"\n\"0,0");
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), QByteArray("Venue,Hill; 'Old' Road\r\nSample Rate,60.000,Hz\r\n\r\n"
+                                            "Time,a;b,time 2,Column 4,Flag,x\r\ns,m,min,,,\r\n\r\n"
+                                            "0.000,-0.50,1.50,7,,\r\n0.017,100000,3,,7,\r\n"));
+        QCOMPARE(summary.remarks.size(), 7);
+    }
+
+    void refusals_data()
+    {
+        const QByteArray log = drive(rate60 + "\n\"Beacon Markers\",\"15 12.5\"", {position}, 60, 1.0);
+        const QByteArray falling = drive(rate60 + "\n\"Beacon Markers\",\"15 12.5\"", {counter});
+        const Table<QByteArray, bool, QString, QString> row("content", "isBinary", "mapped", "error");
+        row("no rows", "\"Sample Rate\",\"60\"\n\n\"Time\",\"Speed\"\n\"s\",\"m\"\n\n", false, {},
+            u"holds no data rows, expected a header, channel names, units and rows"_s);
+        row("no time and no rate", "\"a\",\"b\"\n\n\"x\",\"y\"\n\"\",\"\"\n\n1,2\n3,4\n", false, {},
+            u"neither a \"Time\" column nor a \"Sample Rate\" tells when rows came"_s);
+        row("falling marks", falling, false, {},
+            u"the marks of the header row \"Beacon Markers\" contradict each other: 12.500 comes after 15.000"_s);
+        row("no such channel", log, false, u"Nothing"_s, u"no channel \"Nothing\" for \"Lap Number\""_s);
+        row("no channels", LdWriter::log({}), true, {}, u"holds no channel that can be read"_s);
+    }
+    void refusals()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(bool, isBinary);
+        QFETCH(QString, mapped);
+        QFETCH(QString, error);
+        Testing::Files folder;
+        RewriteOptions options;
+        options.sourcePath = folder.write(u"log"_s, content);
+        options.targetPath = folder.path(u"new.csv"_s);
+        if (!mapped.isEmpty())
+            options.mappings = {{LapRole::LapNumber, mapped, {}}};
+        QString text;
+        try {
+            rewriteLog(options, isBinary);
+        } catch (const RewriteError &refusal) {
+            text = refusal.text();
+        }
+        QCOMPARE(text, error);
+        QCOMPARE(QDir(folder.path({})).entryList(QDir::Files | QDir::Hidden), QStringList(u"log"_s));
+    }
+
+    // Nothing that is there is lost without a word, and never the source or its sidecar.
+    void overwriting()
+    {
+        Testing::Files folder;
+        RewriteOptions options;
+        options.sourcePath = folder.write(u"log.csv"_s, drive(rate60, {counter}, 60, 12.0));
+        const QByteArray sidecar = sidecarOf("1000000");
+        folder.write(u"log.ldx"_s, sidecar);
+        QVERIFY(QFile::link(options.sourcePath, folder.path(u"link.csv"_s)));
+        const auto isWritten = [&](const char *name, bool force) {
+            options.targetPath = folder.path(QString::fromLatin1(name));
+            options.mayOverwrite = force;
+            try {
+                summary = rewriteLog(options, false);
+            } catch (const RewriteError &) {
+                return false;
+            }
+            return true;
+        };
+        for (const char *name : {"log.csv", "link.csv", "log.ldx", "new.ldx"})
+            QVERIFY2(!isWritten(name, true), name);
+        folder.write(u"other.ldx"_s, "mine");
+        QVERIFY(!isWritten("other.csv", false));
+        QVERIFY(isWritten("other.csv", true));
+        QVERIFY(!isWritten("other.csv", false));
+        QCOMPARE(loadValues(folder.path(u"other.ldx"_s)), loadValues(folder.path(u"log.ldx"_s)));
+        QVERIFY(isWritten("log.new.csv", false)); // the sidecar of both is log.ldx
+        QFile kept(folder.path(u"log.ldx"_s));
+        QVERIFY(kept.open(QIODevice::ReadOnly));
+        QCOMPARE(kept.readAll(), sidecar);
     }
 };
 
