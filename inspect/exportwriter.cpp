@@ -126,13 +126,17 @@ void ExportWriter::addRounded(double value, int decimals)
         addShortest(value);
         return;
     }
-    auto magnitude = static_cast<quint64>(scaled + 0.5);
-    const bool isNegative = value < 0.0 && magnitude != 0;
-    while (decimals > 0 && magnitude % 10 == 0) {
-        magnitude /= 10;
-        --decimals;
-    }
-    addFixed(isNegative, magnitude, decimals);
+    const auto magnitude = static_cast<quint64>(scaled + 0.5);
+    addFixed(value < 0.0 && magnitude != 0, magnitude, decimals);
+    if (decimals == 0)
+        return;
+    const std::ptrdiff_t ending = shape.isQuoted ? 2 : 1; // what endCell has added
+    char *end = at - ending;
+    while (end[-1] == '0')
+        --end;
+    if (end[-1] == shape.decimalSign)
+        --end;
+    at = std::copy(at - ending, at, end);
 }
 
 void ExportWriter::endRow()

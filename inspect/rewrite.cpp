@@ -95,6 +95,12 @@ QString checkedSidecarPath(const RewriteOptions &options)
     return sidecar;
 }
 
+// The sidecar of the target, named as the target is: relative, if it is.
+QString shownSidecarPath(const QString &target)
+{
+    return target.first(target.lastIndexOf(u'/') + 1) + QFileInfo(sidecarPath(target)).fileName();
+}
+
 QList<SidecarItem> sidecarItems(const Sidecar &source, const QString &sessionWord)
 {
     QList<SidecarItem> items;
@@ -134,7 +140,7 @@ RewriteSummary rewriteLog(const RewriteOptions &options, bool isBinary)
     // An old sidecar would give its values to the new file, so that an empty one takes its place.
     if (newSidecar.isEmpty()) {
         summary.remarks.append(
-            QStringLiteral("%1 serves both logs and is left as it is").arg(sidecarPath(options.targetPath)));
+            QStringLiteral("%1 serves both logs and is left as it is").arg(shownSidecarPath(options.targetPath)));
         target.commit();
         return summary;
     }
@@ -149,7 +155,7 @@ RewriteSummary rewriteLog(const RewriteOptions &options, bool isBinary)
         sidecarFile.fail(sidecarWriter.errorText());
     sidecarFile.commit();
     target.commit();
-    summary.sidecarPath = newSidecar;
+    summary.sidecarPath = shownSidecarPath(options.targetPath);
     summary.sidecarItems = items.size();
     return summary;
 }

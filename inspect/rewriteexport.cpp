@@ -6,6 +6,7 @@
 #include "ld/ldx.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -145,12 +146,12 @@ public:
     {
         if (from.text == to.text)
             return add(from);
-        const auto first = numberIn(from);
-        const auto second = numberIn(to);
-        if (!first || !second || !std::isfinite(*first) || !std::isfinite(*second))
+        const Decimal first = decimalOf(from.text);
+        const Decimal second = decimalOf(to.text);
+        if (!std::isfinite(first.value) || !std::isfinite(second.value))
             return add(from);
-        const int decimals = std::max(decimalsOf(from.text), decimalsOf(to.text)) + addedDecimals;
-        writer.addRounded(*first + (*second - *first) * share, std::min(decimals, maxDecimals));
+        writer.addRounded(first.value + (second.value - first.value) * share,
+                          std::min(std::max(first.places, second.places) + addedDecimals, maxDecimals));
     }
 
     void tell(QStringList *remarks) const
@@ -187,10 +188,36 @@ private:
         return digits > 0 && text.size() <= longest;
     }
 
-    static int decimalsOf(std::string_view text)
+    struct Decimal
     {
-        const std::size_t sign = text.find_first_of(".,");
-        return sign == std::string_view::npos ? 0 : static_cast<int>(std::min<std::size_t>(text.size() - sign - 1, 15));
+        double value;
+        int places; // after the decimal sign
+    };
+
+    static Decimal decimalOf(std::string_view text)
+    {
+        // As many digits are exact in a double, and so is their power of ten: one division rounds as any conversion.
+        constexpr std::size_t exactDigits = 15;
+        static constexpr std::array<double, exactDigits + 1> powers{1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                                    1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+        std::size_t comma = std::string_view::npos;
+        if (text.size() > exactDigits || !isPlain(text, &comma)) {
+            const auto number = numberIn(text);
+            return {number.value_or(std::numeric_limits<double>::quiet_NaN()), maxDecimals};
+        }
+        quint64 digits = 0;
+        std::size_t places = 0;
+        bool isAfterSign = false;
+        for (const char c : text) {
+            if (c >= '0' && c <= '9') {
+                digits = 10 * digits + static_cast<quint64>(c - '0');
+                places += isAfterSign ? 1 : 0;
+            } else if (c != '-') {
+                isAfterSign = true;
+            }
+        }
+        const double value = static_cast<double>(digits) / powers[places];
+        return {text.front() == '-' ? -value : value, static_cast<int>(places)};
     }
 
     void addUnusual(const Cell &cell)
