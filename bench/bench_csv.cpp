@@ -1,10 +1,10 @@
-// Text exports: whole imports beside the yardstick loop, and beside the import of a tidy export.
+// Text exports: whole imports compared with the baseline loop, and with the import of a tidy export.
 
+#include "baseline.h"
 #include "csv/linereader.h"
 #include "importlog.h"
 #include "input.h"
 #include "pairs.h"
-#include "yardstick.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
@@ -33,7 +33,7 @@ QString pathOf(const Log &log)
     return log.isSingleLap ? cachedSingleLap(path) : path;
 }
 
-// The second "Time" of the quoted styles makes no channel of its own.
+// The second "Time" of the quoted styles is not a channel of its own.
 double fieldsPerValue(const Log &log)
 {
     constexpr int decimation = 6;
@@ -43,7 +43,7 @@ double fieldsPerValue(const Log &log)
 
 using Reading = qint64 (*)(const QString &path, Stopwatch *watch);
 
-// Made when it is wanted, for its log may have to be generated first.
+// The work is made when it is needed, since its log may have to be generated first.
 std::function<Work()> work(const Log &log, Reading read, double fieldsPerValue = 1.0)
 {
     return [=] {
@@ -98,12 +98,12 @@ void registerCsvBenchmarks()
     const Log points{.style = QStringLiteral("points")};
     constexpr double skipped = 5.0 / 6.0;
 
-    const auto loop = [](const Log &log) { return work(log, Yardstick::readCsv); };
+    const auto loop = [](const Log &log) { return work(log, Baseline::readCsv); };
     registerPair("csv/tidy", "loop", import(tidy), loop(tidy));
     registerPair("csv/tidy/10-columns", "loop", import(narrow), loop(narrow));
     registerPair("csv/tidy/2000-columns", "loop", import(wide), loop(wide));
     registerPair("csv/tidy/one-lap", "loop", import(singleLap), loop(singleLap));
-    registerPair("csv/tidy/10-MB", "plain Qt", import(small), work(small, Yardstick::readCsvWithQt));
+    registerPair("csv/tidy/10-MB", "plain Qt", import(small), work(small, Baseline::readCsvWithQt));
     registerPair("csv/commas", "csv/tidy", import(commas), import(tidy));
     registerPair("csv/points", "csv/tidy", import(points), import(tidy));
     registerPair("csv/one-lap", "csv/tidy", import(singleLap), import(tidy));
@@ -114,5 +114,5 @@ void registerCsvBenchmarks()
     registerPair("csv/360-per-second/commas", "csv/commas", import({.style = QStringLiteral("tools"), .rate = 360}),
                  import(commas), skipped);
     registerPair("csv/lines", "memchr", work(tidy, walkLines, usualColumns),
-                 work(tidy, Yardstick::walkLines, usualColumns));
+                 work(tidy, Baseline::walkLines, usualColumns));
 }

@@ -1,9 +1,9 @@
-// Binary logs: a whole load beside a copy of its samples, and the resampler alone.
+// Binary logs: a whole load compared with a copy of its samples, and the resampler by itself.
 
+#include "baseline.h"
 #include "importlog.h"
 #include "input.h"
 #include "pairs.h"
-#include "yardstick.h"
 
 #include "ld/resample.h"
 
@@ -19,12 +19,12 @@ namespace {
 
 constexpr int commonRate = 60;
 
-// Both count the samples of the file: those of the laps have another rate.
+// Both count the samples of the file; those of the laps have another rate.
 Work load()
 {
     const QString path = binaryLog();
     Stopwatch unused;
-    const qint64 samples = Yardstick::copyLd(path, &unused);
+    const qint64 samples = Baseline::copyLd(path, &unused);
     return {[=](Stopwatch *watch) {
                 importLog(path, watch);
                 return samples;
@@ -35,7 +35,7 @@ Work load()
 Work copy()
 {
     const QString path = binaryLog();
-    return {[=](Stopwatch *watch) { return Yardstick::copyLd(path, watch); }, QFileInfo(path).size()};
+    return {[=](Stopwatch *watch) { return Baseline::copyLd(path, watch); }, QFileInfo(path).size()};
 }
 
 std::vector<float> signal(qint64 length)
@@ -48,7 +48,7 @@ std::vector<float> signal(qint64 length)
 
 constexpr qint64 longerSide = 4'000'000; // samples: more than a processor's cache holds
 
-// Both sides read and write as many samples as the longer of input and output has.
+// Both works read and write as many samples as the longer of input and output has.
 std::function<Work()> resampling(int rate)
 {
     return [rate] {

@@ -1,7 +1,7 @@
-// Number texts alone: this library's conversions beside others.
+// Number texts by themselves: this library's conversions compared with others.
 
+#include "baseline.h"
 #include "pairs.h"
-#include "yardstick.h"
 
 #include "csv/csvnumber.h"
 
@@ -19,7 +19,7 @@
 
 namespace {
 
-// Texts one behind the other, with room in front of the first for those who read whole words.
+// Texts one after the other, with room before the first for readers of whole words.
 struct Texts
 {
     std::string characters;
@@ -89,7 +89,7 @@ std::function<Work()> conversion(std::string_view tail, Convert convert)
 void registerTextBenchmarks()
 {
     const auto word = [](const Texts &texts, std::size_t i) {
-        std::string_view text = texts.text(i); // its first characters are cut off where it is long: that costs the same
+        std::string_view text = texts.text(i); // a long one loses its first characters, at the same cost
         double value = 0.0;
         if (text.size() > 1) {
             text.remove_suffix(1);
@@ -100,7 +100,7 @@ void registerTextBenchmarks()
         return value;
     };
     const auto own = [](const Texts &texts, std::size_t i) { return Csv::toDouble(texts.text(i)); };
-    const auto digits = [](const Texts &texts, std::size_t i) { return Yardstick::toDouble(texts.text(i)); };
+    const auto digits = [](const Texts &texts, std::size_t i) { return Baseline::toDouble(texts.text(i)); };
     const auto qt = [](const Texts &texts, std::size_t i) { return texts.wideText(i).toDouble(); };
     const auto standard = [](const Texts &texts, std::size_t i) {
         const std::string_view text = texts.text(i);

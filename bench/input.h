@@ -1,14 +1,14 @@
 #pragma once
 
-// The logs that are read: made by orva-samples on first use and kept.
+// The logs to read: orva-samples makes them on first use, and they are kept.
 
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
-/// Where logs are kept: the environment's ORVA_BENCH_CACHE, or .cache/bench in the project.
+/// Where logs are kept: the environment variable ORVA_BENCH_CACHE, or .cache/bench in the project.
 QString cacheFolder();
 
-/// Megabytes (10^6 bytes) that a log has: the environment's ORVA_BENCH_MB, or 100.
+/// The size of a log in megabytes (10^6 bytes): the environment variable ORVA_BENCH_MB, or 100.
 int logMegabytes();
 
 /// Path of the log "NAME-SIZEMB.SUFFIX", made with @p options if it is not there. Ends the program when that fails.

@@ -18,7 +18,7 @@ int main(int argc, char *argv[])
         const ChildRun run = runInChild([&](Stopwatch *watch) { return importLog(path, watch); });
         const double lapMebibytes = static_cast<double>(run.values) * sizeof(double) / mebibyte;
         const double peak = static_cast<double>(run.peakBytes) / mebibyte;
-        const double bound = 1.15 * lapMebibytes + 64.0; // what is promised: docs/performance.md
+        const double bound = 1.15 * lapMebibytes + 64.0; // see docs/performance.md
         isWithin = isWithin && peak <= bound;
         std::printf("%8.3f %8.3f %8.0f %9.2f %10.1f %10.1f %10.1f  %s\n", run.wallSeconds, run.processorSeconds,
                     static_cast<double>(QFileInfo(path).size()) / megabyte / run.wallSeconds,

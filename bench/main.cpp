@@ -1,6 +1,6 @@
-// orva-bench: times the readers beside the loops and readers that they are measured by (pairs.h), and prints a table.
-// All options of Google Benchmark hold, --benchmark_filter=REGEX for one. With --tidy-log or --logs it times nothing
-// and prints the paths of logs that other programs are to read.
+// orva-bench: compares the readers with loops and with each other (pairs.h), and prints a table. Takes all options of
+// Google Benchmark, such as --benchmark_filter=REGEX. With --tidy-log or --logs it times nothing and prints the paths
+// of logs for other programs to read.
 
 #include "pairs.h"
 
@@ -11,7 +11,7 @@
 
 namespace {
 
-// Prints the counters alone: the time of a run as the framework sees it, with the yardstick's in it, says nothing.
+// Prints the counters only. The framework's own time of a run includes the baseline and so means nothing.
 class TableReporter : public benchmark::BenchmarkReporter
 {
 public:

@@ -28,7 +28,7 @@ int turns()
     return wanted > 0 ? wanted : usual;
 }
 
-void runPair(benchmark::State &state, const Work &work, const Work &yardstick, double skipped)
+void runPair(benchmark::State &state, const Work &work, const Work &baseline, double skipped)
 {
     std::vector<double> ns;
     std::vector<double> referenceNs;
@@ -36,11 +36,11 @@ void runPair(benchmark::State &state, const Work &work, const Work &yardstick, d
     std::vector<double> skippedNs;
     double bestSeconds = 0.0;
     for ([[maybe_unused]] auto turn : state) {
-        const ChildRun reference = runInChild(yardstick.run);
+        const ChildRun reference = runInChild(baseline.run);
         const ChildRun run = runInChild(work.run);
         state.SetIterationTime(run.processorSeconds);
         ns.push_back(nsPerField(work, run));
-        referenceNs.push_back(nsPerField(yardstick, reference));
+        referenceNs.push_back(nsPerField(baseline, reference));
         ratios.push_back(ns.back() / referenceNs.back());
         if (skipped > 0.0)
             skippedNs.push_back((ns.back() - (1.0 - skipped) * referenceNs.back()) / skipped);
@@ -58,12 +58,12 @@ void runPair(benchmark::State &state, const Work &work, const Work &yardstick, d
 } // namespace
 
 void registerPair(const std::string &name, const std::string &reference, const std::function<Work()> &work,
-                  const std::function<Work()> &yardstick, double skipped)
+                  const std::function<Work()> &baseline, double skipped)
 {
     benchmark::RegisterBenchmark(name.c_str(),
                                  [=](benchmark::State &state) {
                                      state.SetLabel(reference);
-                                     runPair(state, work(), yardstick(), skipped);
+                                     runPair(state, work(), baseline(), skipped);
                                  })
         ->Iterations(turns())
         ->UseManualTime();

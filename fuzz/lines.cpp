@@ -1,4 +1,5 @@
-// The line reader against QTextStream. The first byte of the input is the length of the pieces that the file comes in.
+// The line reader compared with QTextStream. The first byte of the input is the length of the pieces in which the file
+// is read.
 
 #include "csv/linereader.h"
 
@@ -36,7 +37,7 @@ private:
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    constexpr qsizetype blockOfTextStream = 16384; // across which it loses characters that are no UTF-8
+    constexpr qsizetype blockOfTextStream = 16384; // across blocks it loses invalid characters
     const QByteArrayView input = Fuzz::bytesOf(data, size);
     if (input.isEmpty() || input.size() > blockOfTextStream)
         return -1;

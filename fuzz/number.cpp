@@ -1,4 +1,4 @@
-// Our conversions of number texts, one a line, against Qt's, bit by bit; the short one may leave a text alone.
+// Our conversions of number texts, one per line, compared with Qt's bit by bit; the short one may leave a text alone.
 
 #include "csv/csvnumber.h"
 
@@ -19,8 +19,8 @@ void requireQtsValue(const std::string &text)
     const std::size_t length = text.size() - (isNegative ? 1 : 0);
     if (length < 1 || length > 8)
         return;
-    const std::string behindDigits = "77777777" + text; // what stands in front of a text means nothing
-    const char *const end = behindDigits.data() + behindDigits.size();
+    const std::string afterDigits = "77777777" + text; // what precedes a text means nothing
+    const char *const end = afterDigits.data() + afterDigits.size();
     double value = 0.0;
     if (Csv::shortDecimalBefore(end, length, isNegative, '.', &value))
         Fuzz::require(Testing::sameBits(value, expected));

@@ -1,5 +1,5 @@
-// Stands in for the fuzzing engine where there is none: replay COUNT FOLDER... runs a target on the files of the
-// folders, and then on COUNT mixes of them, which are the same each time.
+// Replaces the fuzzing engine where there is none: replay COUNT FOLDER... runs a target on the files of the folders,
+// and then on COUNT mixes of them, which are the same each time.
 
 #include "fuzz.h"
 
@@ -15,7 +15,7 @@
 
 namespace {
 
-std::string current; // the input in hand: it is told where the target does not like it
+std::string current; // printed where the target rejects it
 
 void run(const std::string &input)
 {
@@ -23,14 +23,14 @@ void run(const std::string &input)
     LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t *>(current.data()), current.size());
 }
 
-void tellInput(int)
+void printInput(int)
 {
     for (const char c : current)
         std::fprintf(stderr, "\\x%02x", static_cast<unsigned>(static_cast<unsigned char>(c)));
     std::fputc('\n', stderr);
 }
 
-// A seed with pieces of all seeds put in, put over and cut out, and with some digits and bytes changed.
+// A seed with pieces of all seeds inserted, pasted over and cut out, and with some digits and bytes changed.
 std::string mixOf(const std::vector<std::string> &seeds, std::mt19937 &random)
 {
     const auto below = [&random](std::size_t bound) { return random() % bound; };
@@ -56,9 +56,9 @@ std::string mixOf(const std::vector<std::string> &seeds, std::mt19937 &random)
 
 int main(int argc, char **argv)
 {
-    for (const char *locale : {"de_DE.UTF-8", "fr_FR.UTF-8", "nl_NL.UTF-8"}) // a host's may have a decimal comma
+    for (const char *locale : {"de_DE.UTF-8", "fr_FR.UTF-8", "nl_NL.UTF-8"}) // a host may set one with a decimal comma
         std::setlocale(LC_NUMERIC, locale);                                  // NOLINT(concurrency-mt-unsafe)
-    std::signal(SIGABRT, tellInput); // NOLINT(bugprone-signal-handler): it is the end of the process anyway
+    std::signal(SIGABRT, printInput); // NOLINT(bugprone-signal-handler): the process ends anyway
     std::vector<std::string> seeds;
     for (int i = 2; i < argc; ++i) {
         for (const QFileInfo &info : QDir(QFile::decodeName(argv[i])).entryInfoList(QDir::Files)) {

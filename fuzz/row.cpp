@@ -1,4 +1,5 @@
-// Data rows the fast way against the plain way, bit by bit. The first byte of the input is the number of columns.
+// Data rows: the fast path compared with the reference path, bit by bit. The first byte of the input is the number of
+// columns.
 
 #include "csv/csvrow.h"
 

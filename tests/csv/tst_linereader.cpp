@@ -1,4 +1,4 @@
-// Files longer than the blocks that they are read in; what is in short ones is the fuzz target's.
+// Files longer than the blocks in which they are read. The fuzz target covers short ones.
 
 #include "testing.h"
 
@@ -29,7 +29,8 @@ class TestLineReader : public QObject
 private Q_SLOTS:
     void blocksDoNotShow()
     {
-        // Lines from short to longer than several blocks, so that endings fall on every place about a block's edge.
+        // Lines from short to longer than several blocks, so that endings fall on every place around the end of a
+        // block.
         for (const char *ending : {"\n", "\r\n"}) {
             QByteArray content;
             QStringList expected;
@@ -41,7 +42,7 @@ private Q_SLOTS:
             QStringEncoder encoder(QStringConverter::Utf16LE, QStringConverter::Flag::WriteBom);
             QCOMPARE(linesOf(encoder.encode(QString::fromLatin1(content))), expected);
         }
-        // QTextStream loses characters where bad bytes lie across one of its blocks; one U+FFFD a byte is right.
+        // QTextStream loses characters where invalid bytes cross its blocks; one U+FFFD per byte is right.
         for (const int before : {16381, 16382, 16383, 262141, 262142, 262143}) {
             const QString first = QString(before, u'x') + u"\uFFFD\uFFFD\uFFFDy"_s;
             QCOMPARE(linesOf(QByteArray(before, 'x') + "\xFF\xFE\xFDy\nz"), QStringList({first, u"z"_s}));

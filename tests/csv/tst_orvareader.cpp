@@ -17,7 +17,7 @@ namespace {
 
 const QTime placeholder(0, 59, 59);
 
-// Each lap as "name[unit] sample sample; name ...", and "-" for no value. Numbers are told to the last bit.
+// Each lap as "name[unit] sample sample; name ...", and "-" for no value. Numbers are exact to the last bit.
 QString textOf(const Laps &laps)
 {
     QStringList texts;
@@ -48,9 +48,9 @@ class TestOrvaReader : public QObject
         QSignalSpy messages(&reader, &ORVAReader::message);
         Laps laps = reader.importLaps(path);
         if (messages.size() != 1 || messages[0] != QVariantList{u"Done; Laps read %1"_s.arg(laps.size()), 0})
-            qFatal("not the one closing message");
+            qFatal("expected one closing message");
         if (!areSound(laps))
-            qFatal("headers or channels that do not go together");
+            qFatal("headers or channels do not fit together");
         return laps;
     }
     Laps import(const QByteArray &content) { return importFile(files.write(u"log.csv"_s, content)); }
@@ -79,14 +79,14 @@ private Q_SLOTS:
             u"lapdistpct[pu] 0.35000000000000003 1 0.25 0.5700000000000001 0.98 nan 0.02 1 | "
             "lapdistpct[pu] 0.24989999999999998 0.99 | lapdistpct[pu] 0 0.02"_s);
 
-        const QByteArray rows = "\n\na\n\n\n0\n1\n2\n\"\"\n\n3\n4\n5\n6\n7\n"; // of which the empty ones do not count
+        const QByteArray rows = "\n\na\n\n\n0\n1\n2\n\"\"\n\n3\n4\n5\n6\n7\n"; // the empty ones do not count
         const QString sixthRows = u"a[] 0 6; lapdistpct[pu] 0 0"_s;
         const QString allRows = u"a[] 0 1 2 3 4 5 6 7; lapdistpct[pu] 0 0 0 0 0 0 0 0"_s;
         row("rate of 360", "\"Sample Rate\",\"360,000\",\"Hz\"" + rows, sixthRows);
         row("rate of 13600", "Sample Rate,13600" + rows, sixthRows);
         row("two rates", "Sample Rate,360\nSample Rate,60,360" + rows, allRows);
 
-        // The first lap's clock is repaired up to where it starts anew, but only if there are logged lap times.
+        // The first lap's clock is repaired up to where it restarts, but only if there are logged lap times.
         const QByteArray lap = "24,95,0\n48,96,0\n72,3,0\n100,4,0\n";
         const QString distances = u"lapdistpct[pu] 0.24 0.48 0.72 1; "_s;
         const QString secondLap = u" | lapcurrentlaptime 95 96 3 4; "_s + distances;

@@ -1,4 +1,4 @@
-#include "yardstick.h"
+#include "baseline.h"
 
 #include "ld/ldfile.h"
 
@@ -13,7 +13,7 @@
 #include <memory>
 #include <vector>
 
-namespace Yardstick {
+namespace Baseline {
 
 namespace {
 
@@ -30,7 +30,7 @@ struct FileCloser
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
-// Gives the lines of a file, with their line feeds; a last line without one is lost.
+// The lines of a file, with their line feeds; a last line without one is lost.
 class Lines
 {
 public:
@@ -71,7 +71,7 @@ bool isDigit(char c)
     return static_cast<unsigned char>(c - '0') < 10;
 }
 
-// Reads a number at `text` and moves it behind.
+// Reads the number at `text` and moves `text` past it.
 double readNumber(const char *&text)
 {
     const bool isNegative = *text == '-';
@@ -127,7 +127,7 @@ qint64 readCsv(const QString &path, Stopwatch *watch)
             const double value = readNumber(text);
             if (column == distanceColumn) {
                 if (lastDistance - value > lapCutFall) {
-                    // The row's first fields go along.
+                    // The fields before this one belong to the new lap, too.
                     Columns next(lap->size());
                     for (std::size_t i = 0; i < column; ++i) {
                         next[i].push_back((*lap)[i].back());
@@ -230,4 +230,4 @@ double toDouble(std::string_view text)
     return readNumber(at);
 }
 
-} // namespace Yardstick
+} // namespace Baseline
