@@ -98,12 +98,74 @@ struct Shape
     std::vector<bool> hasValue; // of each column
 };
 
+// Whether the text is digits with at most one decimal sign and a minus sign; the place of a comma in it.
+bool isPlain(std::string_view text, std::size_t *comma)
+{
+    constexpr std::size_t longest = ExportWriter::cellRoom - 1;
+    const bool isNegative = !text.empty() && text.front() == '-';
+    std::size_t digits = 0;
+    std::size_t signs = 0;
+    for (std::size_t i = isNegative ? 1 : 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (c >= '0' && c <= '9') {
+            ++digits;
+        } else if ((c == '.' || c == ',') && signs == 0) {
+            ++signs;
+            if (c == ',')
+                *comma = i;
+        } else {
+            return false;
+        }
+    }
+    return digits > 0 && text.size() <= longest;
+}
+
+struct Decimal
+{
+    double value;
+    int places; // after the decimal sign
+};
+
+Decimal decimalOf(std::string_view text)
+{
+    // As many digits are exact in a double, and so is their power of ten: one division rounds as any conversion.
+    constexpr std::size_t exactDigits = 15;
+    static constexpr std::array<double, exactDigits + 1> powers{1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                                1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    std::size_t comma = std::string_view::npos;
+    if (text.size() > exactDigits || !isPlain(text, &comma)) {
+        const auto number = numberIn(text);
+        return {number.value_or(std::numeric_limits<double>::quiet_NaN()), maxDecimals};
+    }
+    quint64 digits = 0;
+    std::size_t places = 0;
+    bool isAfterSign = false;
+    for (const char c : text) {
+        if (c >= '0' && c <= '9') {
+            digits = 10 * digits + static_cast<quint64>(c - '0');
+            places += isAfterSign ? 1 : 0;
+        } else if (c != '-') {
+            isAfterSign = true;
+        }
+    }
+    const double value = static_cast<double>(digits) / powers[places];
+    return {text.front() == '-' ? -value : value, static_cast<int>(places)};
+}
+
+// A row and the numbers in it.
+struct RowView
+{
+    std::span<const Cell> cells;
+    std::span<const Decimal> numbers; // one for each cell, or none
+};
+
 // A row that outlives the reading of the next.
 class KeptRow
 {
 public:
     void keep(const TextLog &log)
     {
+        numbers.clear();
         text.assign(log.row());
         cells.assign(log.cells().begin(), log.cells().end());
         for (Cell &cell : cells) {
@@ -112,11 +174,18 @@ public:
                                                           cell.text.size());
         }
     }
-    std::span<const Cell> get() const { return cells; }
+    RowView view() const { return {cells, numbers}; }
+    RowView viewWithNumbers()
+    {
+        for (std::size_t i = numbers.size(); i < cells.size(); ++i)
+            numbers.push_back(decimalOf(cells[i].text));
+        return view();
+    }
 
 private:
     std::string text;
     std::vector<Cell> cells;
+    std::vector<Decimal> numbers;
 };
 
 // Puts cells of the source into the new file.
@@ -141,17 +210,16 @@ public:
         addUnusual(cell);
     }
 
-    /// What lies between two cells, @p share of the way.
-    void addBetween(const Cell &from, const Cell &to, double share)
+    /// What lies between the cells of a column in two rows with numbers, @p share of the way.
+    void addBetween(const RowView &from, const RowView &to, std::size_t column, double share)
     {
-        if (from.text == to.text)
-            return add(from);
-        const Decimal first = decimalOf(from.text);
-        const Decimal second = decimalOf(to.text);
-        if (!std::isfinite(first.value) || !std::isfinite(second.value))
-            return add(from);
-        writer.addRounded(first.value + (second.value - first.value) * share,
-                          std::min(std::max(first.places, second.places) + addedDecimals, maxDecimals));
+        const Decimal &first = from.numbers[column];
+        const Decimal &second = to.numbers[column];
+        if (!std::isfinite(first.value) || !std::isfinite(second.value) || first.value == second.value)
+            add(from.cells[column]);
+        else
+            writer.addRounded(first.value + (second.value - first.value) * share,
+                              std::min(std::max(first.places, second.places) + addedDecimals, maxDecimals));
     }
 
     void tell(QStringList *remarks) const
@@ -166,60 +234,6 @@ public:
     }
 
 private:
-    // Whether the text is digits with at most one decimal sign and a minus sign; the place of a comma in it.
-    static bool isPlain(std::string_view text, std::size_t *comma)
-    {
-        constexpr std::size_t longest = ExportWriter::cellRoom - 1;
-        const bool isNegative = !text.empty() && text.front() == '-';
-        std::size_t digits = 0;
-        std::size_t signs = 0;
-        for (std::size_t i = isNegative ? 1 : 0; i < text.size(); ++i) {
-            const char c = text[i];
-            if (c >= '0' && c <= '9') {
-                ++digits;
-            } else if ((c == '.' || c == ',') && signs == 0) {
-                ++signs;
-                if (c == ',')
-                    *comma = i;
-            } else {
-                return false;
-            }
-        }
-        return digits > 0 && text.size() <= longest;
-    }
-
-    struct Decimal
-    {
-        double value;
-        int places; // after the decimal sign
-    };
-
-    static Decimal decimalOf(std::string_view text)
-    {
-        // As many digits are exact in a double, and so is their power of ten: one division rounds as any conversion.
-        constexpr std::size_t exactDigits = 15;
-        static constexpr std::array<double, exactDigits + 1> powers{1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                                                    1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
-        std::size_t comma = std::string_view::npos;
-        if (text.size() > exactDigits || !isPlain(text, &comma)) {
-            const auto number = numberIn(text);
-            return {number.value_or(std::numeric_limits<double>::quiet_NaN()), maxDecimals};
-        }
-        quint64 digits = 0;
-        std::size_t places = 0;
-        bool isAfterSign = false;
-        for (const char c : text) {
-            if (c >= '0' && c <= '9') {
-                digits = 10 * digits + static_cast<quint64>(c - '0');
-                places += isAfterSign ? 1 : 0;
-            } else if (c != '-') {
-                isAfterSign = true;
-            }
-        }
-        const double value = static_cast<double>(digits) / powers[places];
-        return {text.front() == '-' ? -value : value, static_cast<int>(places)};
-    }
-
     void addUnusual(const Cell &cell)
     {
         const auto number = numberIn(cell);
@@ -480,34 +494,36 @@ private:
         std::optional<TextLog> log;
         open(log);
         RowClock clock(rate);
-        KeptRow before;
+        std::array<KeptRow, 2> kept;
+        std::size_t now = 0;
         double timeBefore = 0.0;
-        bool hasRow = false;
         for (qint64 row = 0; row < rowCount && log->nextRow() && !job.file.isFull(); ++row) {
             const auto cellsOfRow = log->cells();
             const double time = clock.next(saidTime(cellsOfRow));
             extraCells = extraCells || cellsOfRow.size() > static_cast<std::size_t>(titles.size());
+            KeptRow &before = kept[1 - now];
+            if (!areRowsKept || row + 1 == rowCount)
+                kept[now].keep(*log);
             if (areRowsKept) {
-                writeRow(plan, cellsOfRow, cellsOfRow, 0.0, time);
+                writeRow(plan, {cellsOfRow, {}}, {cellsOfRow, {}}, 0.0, time);
             } else if (clock.beginsStretch()) {
-                if (hasRow)
-                    writeLastOfStretch(plan, before.get(), timeBefore);
+                if (row > 0)
+                    writeLastOfStretch(plan, before.view(), timeBefore);
                 base = time;
                 gridIndex = 0;
             } else {
-                writeBetween(plan, before.get(), timeBefore, cellsOfRow, time);
+                writeBetween(plan, before, timeBefore, kept[now], time);
             }
-            if (!areRowsKept || row + 1 == rowCount)
-                before.keep(*log);
             timeBefore = time;
-            hasRow = true;
+            now = 1 - now;
             if (row % progressRows == 0)
                 progress.tell(static_cast<double>(log->rowOffset()) / static_cast<double>(log->fileBytes()));
         }
-        if (!areRowsKept && hasRow)
-            writeLastOfStretch(plan, before.get(), timeBefore);
+        const RowView last = kept[1 - now].view();
+        if (!areRowsKept)
+            writeLastOfStretch(plan, last, timeBefore);
         if (const auto closing = plan.closingTime()) {
-            writeRow(plan, before.get(), before.get(), 0.0, *closing, true);
+            writeRow(plan, last, last, 0.0, *closing, true);
             job.summary.remarks.append(QStringLiteral("the last lap ends after the last row: a row at %1 s with the "
                                                       "last values is added, as the import takes a "
                                                       "lap's time from the rows after it")
@@ -521,46 +537,47 @@ private:
 
     double gridTime() const { return base + static_cast<double>(gridIndex) / rewriteRate; }
 
-    void writeBetween(LapPlan &plan, std::span<const Cell> from, double fromTime, std::span<const Cell> to,
-                      double toTime)
+    void writeBetween(LapPlan &plan, KeptRow &from, double fromTime, KeptRow &to, double toTime)
     {
         for (double time = gridTime(); time < toTime - sameInstant; time = gridTime()) {
-            writeRow(plan, from, to, std::max((time - fromTime) / (toTime - fromTime), 0.0), time);
+            writeRow(plan, from.viewWithNumbers(), to.viewWithNumbers(),
+                     std::max((time - fromTime) / (toTime - fromTime), 0.0), time);
             ++gridIndex;
         }
     }
 
-    void writeLastOfStretch(LapPlan &plan, std::span<const Cell> cells, double time)
+    void writeLastOfStretch(LapPlan &plan, const RowView &row, double time)
     {
         if (std::abs(gridTime() - time) <= sameInstant)
-            writeRow(plan, cells, cells, 0.0, time);
+            writeRow(plan, row, row, 0.0, time);
     }
 
     // A row at `time`, which is `share` of the way between two rows of the source.
-    void writeRow(LapPlan &plan, std::span<const Cell> from, std::span<const Cell> to, double share, double time,
+    void writeRow(LapPlan &plan, const RowView &from, const RowView &to, double share, double time,
                   bool isClosing = false)
     {
-        const bool isExact = share * (1.0 / rate) <= sameInstant;
-        std::size_t bytes = (columns.size() + drivingRoles.size() + 1) * ExportWriter::cellRoom;
-        writer.beginRow(columns.size() + drivingRoles.size() + 1, bytes);
+        const bool isExact = share / rate <= sameInstant;
+        const std::size_t cellCount = columns.size() + drivingRoles.size() + 1;
+        const std::size_t sourceCount = std::min(from.cells.size(), to.cells.size());
+        writer.beginRow(cellCount, cellCount * ExportWriter::cellRoom);
         for (const LapRole role : drivingRoles) {
             const DrivingSource &source = plan.source(role);
             if (source.kind == DrivingSource::Kind::Channel && !isClosing)
-                addFromChannel(source, role, from, to, isExact ? 0.0 : share);
+                addFromChannel(source, role, from.cells, to.cells, isExact ? 0.0 : share);
             else if (source.kind != DrivingSource::Kind::Unknown)
                 driving->add(writer, role, time);
         }
         if (!hasClock)
             writer.addRounded(time, 6);
         for (const WrittenColumn &column : columns) {
-            if (column.source >= std::min(from.size(), to.size()))
+            if (column.source >= sourceCount)
                 break; // a short row stays one: the import reads no value there, where an empty field would be 0
             if (isClosing && hasClock && column.source == timeColumn)
                 writer.addRounded(time / timeScale, 6);
             else if (isExact)
-                copier.add(from[column.source]);
+                copier.add(from.cells[column.source]);
             else
-                copier.addBetween(from[column.source], to[column.source], share);
+                copier.addBetween(from, to, column.source, share);
         }
         writer.endRow();
         ++job.summary.rows;

@@ -198,7 +198,8 @@ private:
             std::vector<float> samples = log.samples(record);
             if (record.rate() != rewriteRate)
                 samples = resample(samples, record.rate(), rewriteRate);
-            addColumn(samples, written[i].title, written[i].unit);
+            samples.resize(static_cast<std::size_t>(lengthOf(record)));
+            addColumn(std::move(samples), written[i].title, written[i].unit);
             progress.tell(static_cast<double>(i) / static_cast<double>(written.size()));
         }
         // Rows get shorter as channels end, so those that end first come last.
@@ -216,9 +217,11 @@ private:
                     .arg(static_cast<double>(columns.back().length) / rewriteRate, 0, 'f', 3));
     }
 
+    // Rows up to the last sample. What resample() gives after that repeats it.
     static qint64 lengthOf(const BinaryRecord &record)
     {
-        return resampledLength(record.readableSamples, record.rate(), rewriteRate);
+        const qint64 resampled = resampledLength(record.readableSamples, record.rate(), rewriteRate);
+        return resampled == 0 ? 0 : std::min(resampled, (record.readableSamples - 1) * rewriteRate / record.rate() + 1);
     }
 
     void addColumn(std::vector<float> samples, const QString &title, const QString &unit)

@@ -337,8 +337,8 @@ private Q_SLOTS:
         QCOMPARE(titles.mid(4), QStringList({u"Time"_s, u"Speed"_s, u"speed 2"_s, u"LAP_BEACON"_s, u"Short"_s}));
         QCOMPARE(float(laps.front()->channel(u"speed"_s)->value(30)), 1.0F);
         QCOMPARE(float(laps.front()->channel(u"speed"_s)->value(31)), 1.0F + 0.1F / 3);
-        QVERIFY(laps.front()->channel(u"short"_s)->isValid(599));
-        QVERIFY(!laps.front()->channel(u"short"_s)->isValid(600));
+        QVERIFY(laps.front()->channel(u"short"_s)->isValid(594));
+        QVERIFY(!laps.front()->channel(u"short"_s)->isValid(595));
         QCOMPARE(summary.remarks.size(), 4); // the odd record, the second speed, the short channel, the NaN
     }
 
