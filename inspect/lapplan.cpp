@@ -13,6 +13,7 @@ namespace Inspect {
 namespace {
 
 constexpr double percentPerLap = 100.0;
+constexpr double spareRange = 50.0;     // percent by which a position may lie outside 0 to 100
 constexpr double largestFraction = 1.5; // a position that stays below it counts laps from 0 to 1
 constexpr double smallestNumberChange = 0.5;
 constexpr double smallestTimeChange = 0.02; // s: running times jitter by their last digit
@@ -31,6 +32,11 @@ bool isTimeRole(LapRole role)
 QString secondsText(double seconds)
 {
     return QString::number(seconds, 'f', 3);
+}
+
+QString counted(qsizetype count, const QString &thing)
+{
+    return QStringLiteral("%1 %2%3").arg(count).arg(thing, count == 1 ? QString() : QStringLiteral("s"));
 }
 
 QString quoted(const QString &title)
@@ -160,7 +166,10 @@ std::optional<double> LapChannelSurvey::percentScale() const
         return std::nullopt;
     if (source.isScaleGiven)
         return source.scale;
-    return position.maximum() <= largestFraction ? percentPerLap : 1.0;
+    const double scale = position.maximum() <= largestFraction ? percentPerLap : 1.0;
+    const bool isInRange =
+        position.minimum() * scale > -spareRange && position.maximum() * scale < percentPerLap + spareRange;
+    return isInRange ? std::optional(scale) : std::nullopt;
 }
 
 const LapEvents &LapChannelSurvey::events() const
@@ -245,8 +254,8 @@ void LapPlan::findLaps()
         if (!positionChannel && survey->percentScale())
             positionChannel = survey;
         else if (!positionChannel)
-            notes.append(
-                QStringLiteral("%1 never changes and says nothing about laps").arg(quoted(survey->channel().title)));
+            notes.append(QStringLiteral("%1 is not used: its range is not that of a position round the lap")
+                             .arg(quoted(survey->channel().title)));
     }
     if (clues.userMarks && positionChannel)
         throw RewriteError(QStringLiteral("both the given marks and %1 say where laps begin, expected one of them")
@@ -254,10 +263,9 @@ void LapPlan::findLaps()
     bool isFound = false;
     if (clues.userMarks) {
         isFound = takeMarks(*clues.userMarks, true);
-    } else if (positionChannel) {
+    } else if (positionChannel && (positionChannel->channel().isMapped || !positionChannel->events().list().empty())) {
         isFound = true;
-        takeEvents(positionChannel->events().list(),
-                   QStringLiteral("falls of %1").arg(quoted(positionChannel->channel().title)));
+        takeEvents(positionChannel->events().list(), QStringLiteral("fall"), positionChannel);
     }
     for (const LapMarks &marks : clues.marks)
         isFound = isFound || takeMarks(marks, false);
@@ -266,13 +274,18 @@ void LapPlan::findLaps()
             if (isFound || survey->events().list().empty())
                 continue;
             isFound = true;
-            takeEvents(survey->events().list(), what.arg(quoted(survey->channel().title)));
+            takeEvents(survey->events().list(), what, survey);
         }
     };
-    tryChannels(LapRole::Beacon, QStringLiteral("steps of %1"));
-    tryChannels(LapRole::LapNumber, QStringLiteral("rises of %1"));
-    tryChannels(LapRole::LapDistance, QStringLiteral("falls of %1"));
-    tryChannels(LapRole::CurrentLapTime, QStringLiteral("falls of %1"));
+    tryChannels(LapRole::Beacon, QStringLiteral("step"));
+    tryChannels(LapRole::LapNumber, QStringLiteral("rise"));
+    tryChannels(LapRole::LapDistance, QStringLiteral("fall"));
+    tryChannels(LapRole::CurrentLapTime, QStringLiteral("fall"));
+    if (positionChannel && laps.size() > 1 && positionChannel->events().list().empty()) {
+        notes.append(QStringLiteral("%1 is not used: it never falls, though there are laps")
+                         .arg(quoted(positionChannel->channel().title)));
+        positionChannel = nullptr;
+    }
 
     if (clues.onlyLapEnd && laps.size() == 1 && std::abs(*clues.onlyLapEnd - clues.lastTime) <= 1.5 * clues.period) {
         Lap next;
@@ -294,7 +307,7 @@ void LapPlan::findLaps()
         laps.front().end = clues.lastTime + clues.period;
 }
 
-void LapPlan::takeEvents(const std::vector<LapEvent> &events, const QString &origin)
+void LapPlan::takeEvents(const std::vector<LapEvent> &events, const QString &what, const LapChannelSurvey *survey)
 {
     for (const LapEvent &event : events) {
         Lap lap;
@@ -302,7 +315,7 @@ void LapPlan::takeEvents(const std::vector<LapEvent> &events, const QString &ori
         lap.line = event.lineTime;
         laps.push_back(lap);
     }
-    lapsOrigin = QStringLiteral("%1 %2").arg(events.size()).arg(origin);
+    lapsOrigin = QStringLiteral("%1 of %2").arg(counted(std::ssize(events), what), quoted(survey->channel().title));
 }
 
 // Whether any of the marks lies within the rows.
@@ -319,12 +332,15 @@ bool LapPlan::takeMarks(const LapMarks &marks, bool isOfUser)
     qsizetype outside = 0;
     qsizetype tooClose = 0;
     qsizetype taken = 0;
+    bool isStartMarked = false;
     for (const double mark : marks.seconds) {
         const bool isAtStart = std::abs(mark - clues.firstTime) <= 0.5 * clues.period;
-        if (isAtStart) {
-            laps.front().isWhole = true;
+        if (isAtStart && (isOfUser || mark != 0.0)) {
+            isStartMarked = true;
             laps.front().line = std::min(mark, clues.firstTime);
             ++taken;
+        } else if (isAtStart) {
+            continue; // loggers write a 0 where the log begins, wherever that is
         } else if (mark <= begin || mark > end) {
             ++outside;
         } else if (laps.size() > 1 && mark - laps.back().start < shortestPiece) {
@@ -339,11 +355,9 @@ bool LapPlan::takeMarks(const LapMarks &marks, bool isOfUser)
     }
     const QString range = QStringLiteral("%1 to %2 s").arg(secondsText(clues.firstTime), secondsText(clues.lastTime));
     if (outside > 0 && isOfUser)
-        throw RewriteError(QStringLiteral("%1 marks of %2 lie outside the rows, which last from %3")
-                               .arg(outside)
-                               .arg(marks.origin, range));
-    // A single 0 stands where a logger has seen no beacon.
-    if (outside > 0 && marks.seconds != std::vector<double>{0.0})
+        throw RewriteError(QStringLiteral("%1 of %2 lie outside the rows, which last from %3")
+                               .arg(counted(outside, QStringLiteral("mark")), marks.origin, range));
+    if (outside > 0)
         notes.append(QStringLiteral("%1 of %2 marks of %3 lie outside the rows, which last from %4; they are not used")
                          .arg(outside)
                          .arg(marks.seconds.size())
@@ -355,7 +369,8 @@ bool LapPlan::takeMarks(const LapMarks &marks, bool isOfUser)
                          .arg(shortestPiece));
     if (laps.size() == 1)
         return false;
-    lapsOrigin = QStringLiteral("%1 marks of %2").arg(taken).arg(marks.origin);
+    laps.front().isWhole = laps.front().isWhole || isStartMarked;
+    lapsOrigin = QStringLiteral("%1 of %2").arg(counted(taken, QStringLiteral("mark")), marks.origin);
     return true;
 }
 
@@ -410,7 +425,10 @@ void LapPlan::setNumbers()
 void LapPlan::setLapTimes()
 {
     const auto channels = channelsOf(LapRole::LastLapTime);
-    const LapChannelSurvey *logged = channels.empty() ? nullptr : channels.front();
+    const auto live = std::find_if(channels.begin(), channels.end(), [this](const LapChannelSurvey *survey) {
+        return survey->heldAt(clues.lastTime).value_or(0.0) > 0.0;
+    });
+    const LapChannelSurvey *logged = live == channels.end() ? nullptr : *live;
     bool usesChannel = false;
     bool usesLines = false;
     qsizetype disagreements = 0;

@@ -56,7 +56,8 @@ public:
     std::optional<double> heldAt(double time) const { return held.at(time); }
     /// Of distances.
     const Odometer &way() const { return odometer; }
-    /// Of a position: the factor to percent, found by its range unless it was given; nothing where it never changes.
+    /// Of a position: the factor to percent, found by its range unless it was given; nothing where it never changes or
+    /// its range is not that of a position.
     std::optional<double> percentScale() const;
 
 private:
@@ -149,7 +150,7 @@ private:
     std::vector<const LapChannelSurvey *> channelsOf(LapRole role) const;
     const LapChannelSurvey *channelOf(LapRole role) const;
     void findLaps();
-    void takeEvents(const std::vector<LapEvent> &events, const QString &origin);
+    void takeEvents(const std::vector<LapEvent> &events, const QString &what, const LapChannelSurvey *survey);
     bool takeMarks(const LapMarks &marks, bool isOfUser);
     void setClocks();
     void setNumbers();

@@ -137,7 +137,7 @@ private Q_SLOTS:
         row("beacon markers", drive(rate60 + "\n\"Beacon Markers\",\"10.500, 20.250 \"", {}), {}, told,
             u"2 marks of the header row \"Beacon Markers\""_s);
         row("markers of the sidecar", drive(rate60 + "\n\"Beacon Markers\",\"00.000    \"", {}),
-            sidecarOf("0 10500000.000 20250000"), told, u"3 marks of the sidecar's beacons"_s);
+            sidecarOf("0 10500000.000 20250000"), told, u"2 marks of the sidecar's beacons"_s);
         row("beacon that steps", drive(rate60, {{u"LAP_BEACON"_s, lapIndex}}), {}, told,
             u"2 steps of \"LAP_BEACON\""_s);
         row("beacon that pulses",
@@ -160,6 +160,9 @@ private Q_SLOTS:
             drive(rate60,
                   {{u"Lap Dist Pct/%"_s, [](double) { return 0.0; }}, {u"Lap"_s, [](double) { return 3.0; }}, counter}),
             {}, told, u"2 rises of \"Session Lap Count\""_s);
+        row("a position that never falls",
+            drive(rate60, {{u"Car Pos Norm"_s, [](double time) { return 0.01 * time; }}, counter}), {}, told,
+            u"2 rises of \"Session Lap Count\""_s);
         row("nothing", drive(rate60, {}), {}, u"0:-/1800"_s, {});
         row("one lap without a time", drive(rate60 + "\n\"Range\",\"Lap 7\"", {}), {}, u"0:-/1800"_s,
             u"one lap, named by the header row \"Range\""_s);
