@@ -1,6 +1,6 @@
 #pragma once
 
-// The road of a binary .ld log: the library's own function, and what to say of a log that it finds no laps in.
+// Reads a binary .ld log by the library's own function, and says why it has no laps or lacks channels.
 
 #include "host/logreader.h"
 
@@ -9,8 +9,8 @@
 namespace Host {
 
 /// The .ld log at @p path, each lap with the setup values of the .ldx file beside it, as a text export's laps have
-/// them. A message tells of channels that the library has passed over, as they claim more than the file can hold.
-/// Throws Failure where there are no laps, with the reason.
+/// them. A remark names channels that the library has skipped because they declare more samples than the file's size
+/// makes plausible. Throws Failure with the reason if there are no laps.
 Log loadLdLog(const QString &path);
 
 } // namespace Host

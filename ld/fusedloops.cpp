@@ -4,15 +4,17 @@
 #include <cmath>
 
 // The library is built for every x86-64 processor, so the loops are compiled a second time for those with the
-// instruction, and one of the two is taken at run time. (__builtin_cpu_supports would bring a static initialiser.)
+// instruction, and one version is chosen at run time. (__builtin_cpu_supports would bring a static initialiser.)
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__FMA__)
-#define ORVA_SECOND_WAY __attribute__((target("avx2,fma")))
+#define ORVA_FUSED __attribute__((target("avx2,fma")))
 #include <cpuid.h>
 #endif
 
+namespace Ld {
+
 namespace {
 
-[[gnu::always_inline]] inline void convertLoop(std::span<float> samples, const LdConversion &conversion)
+[[gnu::always_inline]] inline void convertLoop(std::span<float> samples, const Conversion &conversion)
 {
     const auto [scale, power, shift, multiplier] = conversion;
     for (float &sample : samples) {
@@ -51,7 +53,7 @@ template <typename Index>
         interpolateLoop(input.data(), last, ratio, first, output.data(), count);
 }
 
-void convertPlain(std::span<float> samples, const LdConversion &conversion)
+void convertPlain(std::span<float> samples, const Conversion &conversion)
 {
     convertLoop(samples, conversion);
 }
@@ -61,14 +63,14 @@ void interpolatePlain(std::span<const float> input, float ratio, qint64 first, s
     interpolateAny(input, ratio, first, output);
 }
 
-#ifdef ORVA_SECOND_WAY
+#ifdef ORVA_FUSED
 
-ORVA_SECOND_WAY void convertFused(std::span<float> samples, const LdConversion &conversion)
+ORVA_FUSED void convertFused(std::span<float> samples, const Conversion &conversion)
 {
     convertLoop(samples, conversion);
 }
 
-ORVA_SECOND_WAY void interpolateFused(std::span<const float> input, float ratio, qint64 first, std::span<float> output)
+ORVA_FUSED void interpolateFused(std::span<const float> input, float ratio, qint64 first, std::span<float> output)
 {
     interpolateAny(input, ratio, first, output);
 }
@@ -101,10 +103,12 @@ FusedLoops plainLoops()
 
 FusedLoops bestLoops()
 {
-#ifdef ORVA_SECOND_WAY
+#ifdef ORVA_FUSED
     static const bool hasFma = processorHasFma();
     if (hasFma)
         return {convertFused, interpolateFused};
 #endif
     return plainLoops();
 }
+
+} // namespace Ld

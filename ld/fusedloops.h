@@ -7,8 +7,10 @@
 
 #include <span>
 
+namespace Ld {
+
 /// The terms of a channel's conversion, widened to what they are used in.
-struct LdConversion
+struct Conversion
 {
     float scale;
     double power; ///< 10 to the power of minus decimals
@@ -16,16 +18,18 @@ struct LdConversion
     double multiplier;
 };
 
-/// One way of running the loops. All ways give the same bits.
+/// One implementation of the loops. All give the same bits.
 struct FusedLoops
 {
     /// Turns raw values into engineering values, in place.
-    void (*convert)(std::span<float> samples, const LdConversion &conversion);
+    void (*convert)(std::span<float> samples, const Conversion &conversion);
     /// Writes samples @p first and on of @p input resampled by @p ratio into @p output. The input is not empty.
     void (*interpolate)(std::span<const float> input, float ratio, qint64 first, std::span<float> output);
 };
 
-/// The way that every processor can go.
+/// For every processor.
 FusedLoops plainLoops();
-/// The fastest way that this processor can go.
+/// The fastest that this processor can run.
 FusedLoops bestLoops();
+
+} // namespace Ld

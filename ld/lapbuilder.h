@@ -1,9 +1,10 @@
 #pragma once
 
-// Internal: the laps of a log while they are filled, channel by channel, so that no more than one channel of the whole
-// log need be at hand. What laps are: lapcutter.h.
+// Internal: the laps of a log while they are filled channel by channel, so that only one channel of the whole log need
+// be in memory at a time. What laps are: lapcutter.h.
 
 #include "ld/ldfile.h"
+#include "ld/sampleview.h"
 #include "sdk/lap.h"
 #include "sdk/lapchannels.h"
 
@@ -11,36 +12,43 @@
 #include <QtCore/QSharedPointer>
 #include <QtCore/QString>
 
-#include <span>
+#include <limits>
+#include <utility>
 #include <vector>
 
+namespace Ld {
+
 namespace LapChannels = KOV::SDK::LapChannels;
+
+/// A lap's part of the log: samples begin to before end.
+struct LapPiece
+{
+    qint64 begin;
+    qint64 end;
+    qint32 lapNumber;
+};
+
+/// Cuts a log of @p distanceLength samples by its lap counter, the unfinished lap last; stops after @p maxPieces. Both
+/// lengths are at least ldMinSamples.
+std::vector<LapPiece> lapPieces(qint64 distanceLength, const SampleView &counter,
+                                std::size_t maxPieces = std::numeric_limits<std::size_t>::max());
 
 class LapBuilder
 {
 public:
-    /// Whether two channels of these lengths, distance and counter, can be cut at all.
-    static bool canCut(qint64 distanceLength, qint64 counterLength);
-    /// The number of laps that a builder of the same arguments makes, without making any.
-    static qint64 countLaps(qint64 distanceLength, std::span<const float> counter);
+    /// Makes one lap of each piece, without channels, and fills the headers except for the lap times.
+    explicit LapBuilder(std::vector<LapPiece> lapPieces);
 
-    /// Makes all laps, without channels, and fills their headers but for the lap times.
-    LapBuilder(qint64 distanceLength, std::span<const float> counter);
-
-    /// Adds to every lap its piece of the channel @p samples under @p name.
-    void addChannel(const QString &name, const LdChannelHeader &header, std::span<const float> samples);
-    /// Sets the lap times, from the whole log's timing channels; an empty one sets none.
-    void setLapTimes(std::span<const float> currentTime, std::span<const float> lastTime);
-    /// Repairs the laps' timers, once all channels are there, and hands the laps over.
-    QList<QSharedPointer<KOV::SDK::Lap>> finish();
+    /// Adds its piece of the channel @p samples to every lap under @p name. "lapdistpct" comes first, because
+    /// "lapcurrentlaptime" is repaired by it.
+    void addChannel(const QString &name, const LdChannelHeader &header, const SampleView &samples);
+    /// Sets the lap times from the timing channels of the whole log; an empty one sets none.
+    void setLapTimes(const SampleView &currentTime, const SampleView &lastTime);
+    QList<QSharedPointer<KOV::SDK::Lap>> takeLaps() { return std::move(laps); }
 
 private:
-    struct Piece
-    {
-        qint64 begin;
-        qint64 end;
-    };
-
-    std::vector<Piece> pieces; // of the log, one a lap
+    std::vector<LapPiece> pieces;
     QList<QSharedPointer<KOV::SDK::Lap>> laps;
 };
+
+} // namespace Ld

@@ -2,22 +2,27 @@
 
 #include "ld/lapbuilder.h"
 
+using Ld::SampleView;
+namespace LapChannels = KOV::SDK::LapChannels;
+
 QList<QSharedPointer<KOV::SDK::Lap>> cutLaps(const QMap<QString, LdChannelHeader> &headers,
                                              const QMap<QString, std::vector<float>> &samples)
 {
-    // By reference and not by value(): a channel may be the size of the log.
-    const auto channel = [&samples](QLatin1String name) -> std::span<const float> {
+    const auto channel = [&samples](QLatin1String name) {
         const auto entry = samples.constFind(name);
-        return entry != samples.cend() ? std::span<const float>(*entry) : std::span<const float>();
+        return entry != samples.cend() ? SampleView(*entry) : SampleView();
     };
-    const auto distance = channel(LapChannels::distance);
-    const auto counter = channel(LapChannels::counter);
-    if (!LapBuilder::canCut(std::ssize(distance), std::ssize(counter)))
+    const SampleView distance = channel(LapChannels::distance);
+    const SampleView counter = channel(LapChannels::counter);
+    if (distance.size() < ldMinSamples || counter.size() < ldMinSamples)
         return {};
 
-    LapBuilder builder(std::ssize(distance), counter);
-    for (auto entry = samples.cbegin(); entry != samples.cend(); ++entry)
-        builder.addChannel(entry.key(), headers.value(entry.key()), entry.value());
+    Ld::LapBuilder builder(Ld::lapPieces(distance.size(), counter));
+    builder.addChannel(LapChannels::distance, headers.value(LapChannels::distance), distance);
+    for (auto entry = samples.cbegin(); entry != samples.cend(); ++entry) {
+        if (entry.key() != LapChannels::distance)
+            builder.addChannel(entry.key(), headers.value(entry.key()), SampleView(entry.value()));
+    }
     builder.setLapTimes(channel(LapChannels::currentTime), channel(LapChannels::lastTime));
-    return builder.finish();
+    return builder.takeLaps();
 }

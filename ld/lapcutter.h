@@ -13,8 +13,8 @@
 
 #include <vector>
 
-/// The fewest samples of "lapdistpct" and of "lap" that cutLaps cuts.
-inline constexpr qint64 ldFewestSamples = 5;
+/// The minimum number of samples of "lapdistpct" and of "lap" that cutLaps needs.
+inline constexpr qint64 ldMinSamples = 5;
 
 /// Cuts @p samples into laps, in log order. All vectors have one sample rate; both maps have the channels' names in
 /// lower case as keys, and a name without a record in @p headers has no unit.
@@ -31,11 +31,11 @@ inline constexpr qint64 ldFewestSamples = 5;
 ///
 /// A completed lap's lapTime is "laplastlaptime" (seconds, rounded to milliseconds, wrapping at midnight) at the first
 /// sample from the cut on where "lapcurrentlaptime" has fallen by more than 5 seconds. It stays invalid where no such
-/// fall is found before either channel ends, where either is missing, and where the time is no int of milliseconds.
+/// fall is found before either channel ends, where either is missing, and where the time is not an int of milliseconds.
 ///
 /// What else is in the headers: one stintId and sessionId for all, lapKind 0 on the first lap and 1 on others,
 /// stintLapIndex from 0, stintNumber 1. session, venueName and carInfo of the headers are left alone. Re-entrant.
-/// Linear in the samples of the laps, which hold 8 bytes for each sample and about 200 for each channel of each lap: a
+/// Linear in the samples of the laps, which hold 8 bytes for each sample and about 190 for each channel of each lap: a
 /// counter that rises at every sample makes a lap of each.
 ORVA_EXPORT QList<QSharedPointer<KOV::SDK::Lap>> cutLaps(const QMap<QString, LdChannelHeader> &headers,
                                                          const QMap<QString, std::vector<float>> &samples);

@@ -1,7 +1,7 @@
 #include "ld/ldfile.h"
 
 #include "ld/fusedloops.h"
-#include "ld/ldallowance.h"
+#include "ld/ldbudget.h"
 
 #include <QtCore/QIODevice>
 
@@ -11,15 +11,8 @@
 
 namespace {
 
-constexpr std::size_t blockBytes = 65536;  // small enough for a processor's second cache
-constexpr qint64 leastRecordDistance = 64; // records of real logs lie 116, 124 or 212 bytes apart
-
-// The samples believed of each byte of a log's beginning, and of each one behind it.
-constexpr qint64 samplesPerFirstByte = 40; // what channels of one sample per second come to at 60 is 30
-constexpr qint64 samplesPerLaterByte = 8;  // no log at such rates is as long as that
-constexpr qint64 leastFirstBytes = qint64(1) << 18;
-constexpr qint64 mostFirstBytes = qint64(1) << 24;
-constexpr qint64 mostLaterBytes = qint64(1) << 56; // sparse files can claim more
+constexpr std::size_t blockBytes = 65536; // small enough for a processor's second cache
+constexpr qint64 minRecordDistance = 64;  // records of real logs lie 116, 124 or 212 bytes apart
 
 constexpr quint16 firstListedType = 1;
 constexpr quint16 lastListedType = 5;
@@ -89,6 +82,11 @@ Decoder decoderOf(const LdChannelHeader &header)
     }
 }
 
+qint64 decodedBytes(const LdChannelHeader &header)
+{
+    return ldSampleCount(header) * qint64{sizeof(float)};
+}
+
 } // namespace
 
 LdData readLd(QDataStream &stream)
@@ -111,10 +109,10 @@ std::vector<LdChannelHeader> readLdChannelHeaders(QDataStream &stream, LdData &d
     std::vector<LdChannelHeader> headers;
     if (!data.headBlock)
         return headers;
-    const qint64 mostRecords = sizeOf(stream) / leastRecordDistance + 1;
+    const qint64 maxRecords = sizeOf(stream) / minRecordDistance + 1;
     std::unordered_set<quint32> seen;
     quint32 offset = data.headBlock->firstHeaderOffset;
-    while (offset != 0 && std::ssize(seen) < mostRecords && seen.insert(offset).second) {
+    while (offset != 0 && std::ssize(seen) < maxRecords && seen.insert(offset).second) {
         LdChannelHeader header;
         if (seekTo(stream, offset))
             readRecord(stream, header);
@@ -127,12 +125,11 @@ std::vector<LdChannelHeader> readLdChannelHeaders(QDataStream &stream, LdData &d
 
 std::vector<std::vector<float>> readLdChannels(QDataStream &stream, const std::vector<LdChannelHeader> &headers)
 {
-    LdAllowance allowance{ldSampleAllowance(sizeOf(stream))};
+    Ld::Budget budget(sizeOf(stream));
     std::vector<std::vector<float>> channels;
     channels.reserve(headers.size());
     for (const LdChannelHeader &header : headers)
-        channels.push_back(allowance.take(ldSampleCount(header)) ? readLdChannel(stream, header)
-                                                                 : std::vector<float>());
+        channels.push_back(budget.take(decodedBytes(header)) ? readLdChannel(stream, header) : std::vector<float>());
     return channels;
 }
 
@@ -140,13 +137,13 @@ std::vector<float> readLdChannel(QDataStream &stream, const LdChannelHeader &hea
 {
     std::vector<float> samples;
     const qint64 count = ldSampleCount(header);
-    if (count == 0 || count > ldSampleAllowance(sizeOf(stream)))
+    if (count == 0 || !Ld::Budget(sizeOf(stream)).take(decodedBytes(header)))
         return samples;
 
     const Decoder decoder = decoderOf(header);
-    const FusedLoops loops = bestLoops();
-    const LdConversion conversion{static_cast<float>(header.scale), std::pow(10.0, -header.decimals),
-                                  static_cast<double>(header.shift), static_cast<double>(header.multiplier)};
+    const Ld::FusedLoops loops = Ld::bestLoops();
+    const Ld::Conversion conversion{static_cast<float>(header.scale), std::pow(10.0, -header.decimals),
+                                    static_cast<double>(header.shift), static_cast<double>(header.multiplier)};
     const auto length = static_cast<std::size_t>(count);
     const std::size_t width = header.sampleWidth;
     samples.reserve(length);
@@ -169,13 +166,6 @@ std::vector<float> readLdChannel(QDataStream &stream, const LdChannelHeader &hea
     loops.convert({&missing, 1}, conversion);
     samples.resize(length, missing);
     return samples;
-}
-
-qint64 ldSampleAllowance(qint64 fileBytes)
-{
-    const qint64 first = std::clamp(fileBytes, leastFirstBytes, mostFirstBytes);
-    const qint64 later = std::clamp<qint64>(fileBytes - first, 0, mostLaterBytes);
-    return first * samplesPerFirstByte + later * samplesPerLaterByte;
 }
 
 qint64 ldSampleCount(const LdChannelHeader &header)

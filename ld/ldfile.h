@@ -136,29 +136,21 @@ ORVA_EXPORT std::vector<LdChannelHeader> readLdChannelHeaders(QDataStream &strea
 
 /// Reads the samples of all @p headers: element k belongs to record k, and is empty where readLdChannel gives nothing.
 ///
-/// All elements together hold at most ldSampleAllowance of the stream's device: in list order, a record that claims
-/// more than is left of it comes out empty and takes nothing.
+/// All elements together are limited as one alone is: in list order, a record that declares more samples than are left
+/// comes out empty and takes nothing.
 ORVA_EXPORT std::vector<std::vector<float>> readLdChannels(QDataStream &stream,
                                                            const std::vector<LdChannelHeader> &headers);
 
 /// Reads the samples of one channel, in the unit that its record names, oldest first.
 ///
-/// There are sampleCount of them whatever the file holds: a sample that does not lie wholly in it is a converted 0. A
-/// pair of type code and sample width that is not known gives none, and so does a sampleCount above
-/// ldSampleAllowance. Raw value and quotient are single precision, the product with 10^-decimals and the sum with shift
-/// one fused step in double, the product with multiplier another double, and the result is rounded to single. A scale
-/// of 0 gives infinities and NaN. Allocates the result and one block of 64 KiB.
+/// There are sampleCount of them whatever the file holds: a sample that does not lie wholly in it is a converted 0. An
+/// unknown pair of type code and sample width gives none, and so does a sampleCount that is implausible for the file's
+/// size: 120 Mi samples for up to 1 MiB, and 192 for each further byte, are possible. Raw value and quotient are single
+/// precision, the product with 10^-decimals and the sum with shift one fused step in double, the product with
+/// multiplier another double, and the result is rounded to single. A scale of 0 gives infinities and NaN. Allocates the
+/// result and one block of 64 KiB.
 ORVA_EXPORT std::vector<float> readLdChannel(QDataStream &stream, const LdChannelHeader &header);
 
-/// The most samples that are believed of a log of @p fileBytes, over all of its channels together: 40 for each of the
-/// first 16 Mi bytes and 8 for each further one, where a file below 256 KiB counts as 256 KiB.
-///
-/// An honest log has at most half a sample for each byte, and 30 once channels of one sample per second are brought to
-/// the common 60; long logs have higher rates. So a log that was cut off while it was written keeps all channels at
-/// full length unless little of it was written, and no file costs memory or time out of proportion to its size
-/// (docs/ld.md has the sums). Thread-safe.
-ORVA_EXPORT qint64 ldSampleAllowance(qint64 fileBytes);
-
-/// The number of samples that readLdChannel gives for @p header: its sampleCount, or 0 where the pair of type code and
-/// sample width is not known. The allowance is not looked at. Thread-safe.
+/// The number of samples that @p header declares; 0 if its pair of type code and sample width is unknown, so that
+/// readLdChannel gives none. Thread-safe.
 ORVA_EXPORT qint64 ldSampleCount(const LdChannelHeader &header);

@@ -1,7 +1,8 @@
 #include "ld/loadlaps.h"
 
 #include "ld/lapbuilder.h"
-#include "ld/ldallowance.h"
+#include "ld/lapcutter.h"
+#include "ld/ldbudget.h"
 #include "ld/ldfile.h"
 #include "ld/ldx.h"
 #include "ld/resample.h"
@@ -11,141 +12,195 @@
 #include <QtCore/QSet>
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 #include <vector>
 
 using KOV::SDK::Lap;
 using KOV::SDK::LapHeader;
+using Ld::SampleView;
+using Obstacle = LdLoadReport::Obstacle;
+using Reason = LdLoadReport::Reason;
+namespace LapChannels = KOV::SDK::LapChannels;
 
 namespace {
 
-// What a lap takes besides its samples, in samples of 8 bytes: at most 800 bytes for itself, 200 for each channel.
-constexpr qint64 samplesPerLap = 100;
-constexpr qint64 samplesPerLapChannel = 25;
-// Laps hold more than was decoded: short channels are filled up, and a "lap" channel at one sample per second makes
-// laps of one sample on its way from one number to the next.
-constexpr qint64 heldForTenDecoded = 13;
+// What laps take in memory besides their samples, at most.
+constexpr qint64 bytesPerLap = 720;
+constexpr qint64 bytesPerLapChannel = 190;
 
-// The channels of one log at the common rate, read one at a time and each name once, as far as the allowance goes.
+struct RecordedChannel
+{
+    const LdChannelHeader *header = nullptr; // null for a channel that is missing or left out
+    std::vector<float> samples;
+
+    SampleView view() const
+    {
+        return !header || header->sampleRate == ldCommonRate ? SampleView(samples)
+                                                             : SampleView(samples, header->sampleRate, ldCommonRate);
+    }
+};
+
+// The channels of one log, read one at a time and each name once, as far as the budget allows.
 class ChannelSource
 {
 public:
-    struct Channel
-    {
-        const LdChannelHeader *header = nullptr;
-        std::vector<float> samples;
-    };
-
-    ChannelSource(QDataStream &dataStream, LdData &data, qint64 fileBytes)
+    ChannelSource(QDataStream &dataStream, LdData &data, qint64 fileBytes, LdLoadReport *loadReport)
         : stream(dataStream)
         , headers(readLdChannelHeaders(stream, data))
-        , toDecode{ldSampleAllowance(fileBytes)}
-        , toHold{ldSampleAllowance(fileBytes) / 10 * heldForTenDecoded}
+        , isRead(headers.size())
+        , budget(fileBytes)
+        , report(loadReport)
     {
         for (const LdChannelHeader &header : headers)
             names.append(ldText(header, &LdChannelHeader::name).toLower());
     }
 
     const QList<QString> &channelNames() const { return names; }
-
-    // The channel of record index, without samples if it has none, if its name had some already, or if it claims more
-    // than is left.
-    Channel read(qsizetype index)
+    bool hasReadableChannels() const
     {
-        const LdChannelHeader &header = headers[static_cast<std::size_t>(index)];
-        const qint64 count = ldSampleCount(header);
-        const qint64 length = resampledLength(count, header.sampleRate, ldCommonRate);
-        const qint64 charge = std::max(length, logLength) + lapCount * samplesPerLapChannel;
-        // For a while there are the decoded and the resampled floats too, each half a sample.
-        const qint64 passing = (count + (header.sampleRate == ldCommonRate ? 0 : length)) / 2;
-        if (length == 0 || taken.contains(names.at(index)) || passing > toHold.left - charge || !toDecode.take(count))
-            return {};
-        toHold.take(charge);
-        taken.insert(names.at(index));
-        std::vector<float> samples = readLdChannel(stream, header);
-        if (header.sampleRate != ldCommonRate)
-            samples = resample(samples, header.sampleRate, ldCommonRate);
-        return {&header, std::move(samples)};
+        return std::any_of(headers.begin(), headers.end(),
+                           [](const auto &header) { return ldSampleCount(header) > 0; });
     }
 
-    Channel read(QLatin1String name)
+    // The channel of record index, unless it was read before or is left out.
+    RecordedChannel read(qsizetype index)
     {
-        Channel channel;
-        for (qsizetype i = 0; i < names.size() && channel.samples.empty(); ++i) {
-            if (names.at(i) == name)
+        const auto position = static_cast<std::size_t>(index);
+        if (isRead[position])
+            return {};
+        isRead[position] = true;
+        const LdChannelHeader &header = headers[position];
+        const qint64 count = ldSampleCount(header);
+        const qint64 length =
+            header.sampleRate == ldCommonRate ? count : resampledLength(count, header.sampleRate, ldCommonRate);
+        const qint64 cost = count * qint64{sizeof(float)} + logLength.value_or(length) * qint64{sizeof(double)} +
+                            lapCount * bytesPerLapChannel;
+        const std::optional<Reason> reason = length == 0                    ? std::optional(Reason::NoSamples)
+                                             : taken.contains(names[index]) ? std::optional(Reason::SameName)
+                                             : !budget.take(cost)           ? std::optional(Reason::Implausible)
+                                                                            : std::nullopt;
+        if (reason) {
+            report->leftOut.append({names[index], *reason});
+            return {};
+        }
+        taken.insert(names[index]);
+        return {&header, readLdChannel(stream, header)};
+    }
+
+    RecordedChannel read(QLatin1String name)
+    {
+        RecordedChannel channel;
+        for (qsizetype i = 0; i < names.size() && !channel.header; ++i) {
+            if (names[i] == name)
                 channel = read(i);
         }
         return channel;
     }
 
-    // Every channel read from here on is charged as one that is filled up to this length.
+    // Samples that every channel from here on is filled up to.
     void setLogLength(qint64 samples) { logLength = samples; }
 
-    // Likewise as one that this many laps hold, and so are the laps and the channels read before. Tells whether that
-    // fits.
-    bool setLapCount(qint64 laps)
+    // More laps than this do not fit with the channels read so far.
+    qint64 maxLaps() const { return budget.left() / (bytesPerLap + taken.size() * bytesPerLapChannel); }
+    void takeLaps(qint64 laps)
     {
+        budget.take(laps * (bytesPerLap + taken.size() * bytesPerLapChannel));
         lapCount = laps;
-        return toHold.take(lapCount * (samplesPerLap + taken.size() * samplesPerLapChannel));
     }
 
 private:
     QDataStream &stream;
     std::vector<LdChannelHeader> headers;
+    std::vector<bool> isRead;
     QList<QString> names; // in lower case, of the record with the same index
     QSet<QString> taken;
-    LdAllowance toDecode;
-    LdAllowance toHold;
-    qint64 logLength = 0;
+    Ld::Budget budget;
+    LdLoadReport *report;
+    std::optional<qint64> logLength;
     qint64 lapCount = 0;
 };
 
-QList<QSharedPointer<Lap>> cutChannels(ChannelSource &source)
+// Whether the laps can be cut by @p channel; says in the report why not.
+bool canCutBy(QLatin1String name, const RecordedChannel &channel, LdLoadReport *report)
 {
-    using Channel = ChannelSource::Channel;
-    Channel distance = source.read(LapChannels::distance);
-    const qint64 logLength = std::ssize(distance.samples);
-    source.setLogLength(logLength);
-    Channel counter = source.read(LapChannels::counter);
-    if (!LapBuilder::canCut(logLength, std::ssize(counter.samples)) ||
-        !source.setLapCount(LapBuilder::countLaps(logLength, counter.samples)))
-        return {};
+    if (channel.view().size() >= ldMinSamples)
+        return true;
+    const bool isImplausible = std::any_of(report->leftOut.cbegin(), report->leftOut.cend(), [name](const auto &entry) {
+        return entry.name == name && entry.reason == Reason::Implausible;
+    });
+    report->drivingChannel = name;
+    report->obstacle = channel.header  ? Obstacle::ShortChannel
+                       : isImplausible ? Obstacle::ImplausibleChannel
+                                       : Obstacle::MissingChannel;
+    return false;
+}
 
-    LapBuilder builder(logLength, counter.samples);
-    builder.addChannel(LapChannels::distance, *distance.header, distance.samples);
+QList<QSharedPointer<Lap>> cutChannels(ChannelSource &source, LdLoadReport *report)
+{
+    RecordedChannel distance = source.read(LapChannels::distance);
+    source.setLogLength(distance.view().size());
+    RecordedChannel counter = source.read(LapChannels::counter);
+    if (!canCutBy(LapChannels::counter, counter, report) || !canCutBy(LapChannels::distance, distance, report))
+        return {};
+    const qint64 maxLaps = source.maxLaps();
+    std::vector<Ld::LapPiece> pieces =
+        Ld::lapPieces(distance.view().size(), counter.view(), static_cast<std::size_t>(maxLaps) + 1);
+    if (std::ssize(pieces) > maxLaps) {
+        report->obstacle = Obstacle::TooManyLaps;
+        return {};
+    }
+    source.takeLaps(std::ssize(pieces));
+
+    Ld::LapBuilder builder(std::move(pieces));
+    builder.addChannel(LapChannels::distance, *distance.header, distance.view());
     distance = {};
-    builder.addChannel(LapChannels::counter, *counter.header, counter.samples);
+    builder.addChannel(LapChannels::counter, *counter.header, counter.view());
     counter = {};
     {
-        const Channel currentTime = source.read(LapChannels::currentTime);
-        const Channel lastTime = source.read(LapChannels::lastTime);
-        builder.setLapTimes(currentTime.samples, lastTime.samples);
+        const RecordedChannel currentTime = source.read(LapChannels::currentTime);
+        const RecordedChannel lastTime = source.read(LapChannels::lastTime);
+        builder.setLapTimes(currentTime.view(), lastTime.view());
         if (currentTime.header)
-            builder.addChannel(LapChannels::currentTime, *currentTime.header, currentTime.samples);
+            builder.addChannel(LapChannels::currentTime, *currentTime.header, currentTime.view());
         if (lastTime.header)
-            builder.addChannel(LapChannels::lastTime, *lastTime.header, lastTime.samples);
+            builder.addChannel(LapChannels::lastTime, *lastTime.header, lastTime.view());
     }
     const QList<QString> &names = source.channelNames();
     for (qsizetype i = 0; i < names.size(); ++i) {
-        const Channel channel = source.read(i);
+        const RecordedChannel channel = source.read(i);
         if (channel.header)
-            builder.addChannel(names[i], *channel.header, channel.samples);
+            builder.addChannel(names[i], *channel.header, channel.view());
     }
-    return builder.finish();
+    return builder.takeLaps();
 }
 
 } // namespace
 
 QList<QSharedPointer<Lap>> loadLaps(const QString &path)
 {
+    LdLoadReport report;
+    return loadLaps(path, &report);
+}
+
+QList<QSharedPointer<Lap>> loadLaps(const QString &path, LdLoadReport *report)
+{
+    *report = {};
     QFile file(path);
-    // Samples are read in large blocks: a buffer between would only be copied through.
-    if (!KOV::SDK::openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered))
+    // Samples are read in large blocks, which a buffer would only copy once more.
+    if (!KOV::SDK::openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        report->obstacle = Obstacle::CannotOpen;
         return {};
+    }
     QDataStream stream(&file);
     LdData data = readLd(stream);
-    ChannelSource source(stream, data, file.size());
-    QList<QSharedPointer<Lap>> laps = cutChannels(source);
+    ChannelSource source(stream, data, file.size(), report);
+    if (!source.hasReadableChannels()) {
+        const bool hasChannels = data.headBlock->firstHeaderOffset != 0U;
+        report->obstacle = hasChannels ? Obstacle::NoReadableChannels : Obstacle::NoChannels;
+        return {};
+    }
+    QList<QSharedPointer<Lap>> laps = cutChannels(source, report);
 
     const LdHeadBlock &head = *data.headBlock;
     const QString venue = ldText(head, &LdHeadBlock::venueText);

@@ -12,17 +12,47 @@
 /// The rate, in samples per second, to which loadLaps brings all channels.
 inline constexpr int ldCommonRate = 60;
 
+/// What loadLaps did not deliver, and why. Names are in lower case.
+struct LdLoadReport
+{
+    enum class Obstacle
+    {
+        None,               ///< there are laps
+        CannotOpen,         ///< not a regular file, or it cannot be opened
+        NoChannels,         ///< the log has no channel records
+        NoReadableChannels, ///< none of its records has samples of a kind that is read
+        MissingChannel,     ///< it has no samples of the channel drivingChannel
+        ShortChannel,       ///< it has fewer than ldMinSamples of them at the common rate
+        ImplausibleChannel, ///< its drivingChannel is left out as Implausible
+        TooManyLaps         ///< its lap counter rises more often than the file's size makes plausible
+    };
+    enum class Reason
+    {
+        NoSamples,  ///< its record has none, or none of a kind that is read
+        SameName,   ///< an earlier record has the same name
+        Implausible ///< its declared sample count is implausible for a file of this size
+    };
+    struct LeftOut
+    {
+        QString name;
+        Reason reason;
+    };
+
+    Obstacle obstacle = Obstacle::None; ///< why there are no laps
+    QString drivingChannel;             ///< which of "lap" and "lapdistpct" an obstacle is about
+    QList<LeftOut> leftOut;             ///< channel records that are in no lap, in the order of reading
+};
+
 /// Reads the laps of the .ld log at @p path, all channels at 60 samples per second, under their names in lower case.
 ///
 /// Each header has the head's session, venue, driver and vehicle. Of several channels with one name the first that has
-/// samples is taken. The list is empty where the path is no regular file (a pipe could block and a device never end) or
-/// cannot be opened, and where cutLaps finds no laps: why, is to be seen from readLdChannelHeaders and ldSampleCount.
-/// The .ldx sidecar is not read. Re-entrant.
+/// samples is taken. The list is empty if the path is not a regular file (a pipe could block and a device never end) or
+/// cannot be opened, and if cutLaps finds no laps. The .ldx sidecar is not read. Re-entrant.
 ///
-/// What is decoded is held against ldSampleAllowance of the file, and what the laps take against 1.3 times as many, in
-/// samples: for each channel the longer of its own length and that of "lapdistpct", both at 60 per second, and 25 for
-/// each lap; for each lap another 100. A record that does not fit into what is left is passed over as though it were
-/// empty, which shows in its name's absence from the laps. The channels that drive the cutting come
-/// first, then the others in list order; where the laps alone do not fit, the list is empty. Besides the laps no more
-/// is held at a time than two channels of the log.
+/// No file takes memory or time out of proportion to its size: a log of up to 1 MiB may take 480 MiB and each further
+/// byte 768 bytes more, which is beyond what the samples in the file can come to. What a file declares beyond that is
+/// left out, channel by channel, as Implausible; "lapdistpct", "lap" and the timing channels come first, then the
+/// others in list order. Besides the laps, two channels of the log at most are in memory, as recorded.
 ORVA_EXPORT QList<QSharedPointer<KOV::SDK::Lap>> loadLaps(const QString &path);
+/// The same. @p report is filled in, and must not be null.
+ORVA_EXPORT QList<QSharedPointer<KOV::SDK::Lap>> loadLaps(const QString &path, LdLoadReport *report);

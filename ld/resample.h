@@ -17,5 +17,5 @@
 /// Allocates the result once.
 ORVA_EXPORT std::vector<float> resample(const std::vector<float> &samples, int sampleRate, int wantedRate);
 
-/// The number of samples that resample gives for @p length samples; 0 where it gives none. Thread-safe.
+/// The number of samples that resample gives for @p length samples; 0 if it gives none. Thread-safe.
 ORVA_EXPORT qint64 resampledLength(qint64 length, int sampleRate, int wantedRate);

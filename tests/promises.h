@@ -42,7 +42,8 @@ inline bool areSound(const Laps &laps)
                               header.lapKind == (i == 0 ? 0 : 1) && header.stintNumber == 1;
         const bool isNamed = !header.lapId.isNull() && !header.stintId.isNull() && !header.sessionId.isNull() &&
                              header.stintId == first.stintId && header.sessionId == first.sessionId &&
-                             header.stintId != header.sessionId && (i == 0 || header.lapId != first.lapId);
+                             header.stintId != header.sessionId &&
+                             (i == 0 || header.lapId != laps[i - 1]->header().lapId);
         const bool hasTexts = header.venueName.isValidUtf16() && header.carInfo.driverName.isValidUtf16() &&
                               header.carInfo.carName.isValidUtf16();
         if (!isPlaced || !isNamed || !hasTexts)

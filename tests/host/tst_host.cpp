@@ -148,8 +148,8 @@ private Q_SLOTS:
         row("unknown lap", "--lap 3 @log.csv", 1, "no lap with index 3, expected 0 to 2");
         row("unknown channel", "values --channels speed,rpm @log.csv", 1, "no channel \"rpm\" in lap 1");
         row("remark and status of a log without laps", "channels --strict @rates", 3,
-            "holds no \"lap\" channel; see orva-host check " + files.path(u"rates"_s).toUtf8() + '\n');
-        row("no lap without laps", "channels --lap 0 @rates", 1, "holds no \"lap\" channel; see orva-host check ");
+            "has no \"lap\" channel; see orva-host check " + files.path(u"rates"_s).toUtf8() + '\n');
+        row("no lap without laps", "channels --lap 0 @rates", 1, "has no \"lap\" channel; see orva-host check ");
         row("lap as the file holds it", "channels --stored --lap 0 @log.csv", 2,
             "--lap does not go together with --stored");
         row("unknown stored channel", "values --stored -c slow @rates", 1, "did you mean \"Slow\"?");
@@ -188,14 +188,14 @@ private Q_SLOTS:
         auto huge = channel("lap", {});
         huge.header.sampleCount = 0xFFFFFFFF;
         row("log", fileOf(binaryLog()), 0, {});
-        row("head alone", fileOf(LdWriter::log({}, named)), 1, "without laps, it holds no channels;");
-        row("cut-off head", fileOf(LdWriter::log({}, marked).first(64)), 1, "it holds no channels;");
+        row("head alone", fileOf(LdWriter::log({}, named)), 1, "without laps: it has no channels;");
+        row("cut-off head", fileOf(LdWriter::log({}, marked).first(64)), 1, "it has no channels;");
         row("other kind", fileOf(LdWriter::log({otherKind})), 1, "no channels of a readable kind");
         row("no lap", fileOf(LdWriter::log({distance})), 1, "no \"lap\" channel");
         row("no distance", fileOf(LdWriter::log({lap})), 1, "no \"lapdistpct\" channel");
         row("few samples", fileOf(LdWriter::log({lap, channel("lapdistpct", {1, 1, 1, 1})})), 1,
-            "\"lapdistpct\" channel holds too few samples (4 at 60 per second");
-        row("absurd claim", fileOf(LdWriter::log({huge, distance})), 1, "claim more samples");
+            "\"lapdistpct\" channel has too few samples");
+        row("absurd claim", fileOf(LdWriter::log({huge, distance})), 1, "sample count of its \"lap\" channel is implausible for a file of");
 
         std::vector<LdWriter::Channel> channels{lap, distance};
         for (const char *name : {"%1", "b", "c", "b", "d", "e", "f", "g"}) {
@@ -206,8 +206,8 @@ private Q_SLOTS:
         channels.push_back(channel("none", {}));
         const QByteArray absurd = LdWriter::log(channels);
         row("absurd claims", fileOf(absurd), 0,
-            ": channels left out, as more samples are claimed than a log of " + QByteArray::number(absurd.size()) +
-                " bytes is believed to hold: \"%1\", \"b\", \"d\", \"e\", \"f\" and 1 more\n");
+            ": skipped channels whose declared sample count is implausible for a file of " +
+                QByteArray::number(absurd.size()) + " bytes: \"%1\", \"b\", \"d\", \"e\", \"f\" and 1 more\n");
 
         // The most that an honest log asks for: all channels at one per second, short laps, and one lap of each of the
         // 60 samples on the counter's way from one number to the next.

@@ -8,6 +8,7 @@
 #include <limits>
 
 using namespace Testing;
+using KOV::SDK::invalidValue;
 
 namespace {
 
@@ -65,6 +66,22 @@ private Q_SLOTS:
         QTEST(numbers, "numbers");
     }
 
+    // The stored name and unit decide, not the key; and the timer is repaired before it is filled up.
+    void distanceAndTimer()
+    {
+        const std::tuple<const char *, const char *, QString, double> rows[]{
+            {"lapdistpct", "%", u"pu"_s, 0.01}, {"LapDistPct", "%", u"%"_s, 1}, {"lapdistpct", "pu", u"pu"_s, 1}};
+        for (const auto &[name, unit, expectedUnit, factor] : rows) {
+            const Laps laps = cutLaps({{u"lapdistpct"_s, LdWriter::channel(name, {}, unit).header}},
+                                      {{u"lapdistpct"_s, {1, 35, 50, 51, 52, 53}},
+                                       {u"lap"_s, Floats(6, 1)},
+                                       {u"lapcurrentlaptime"_s, {0, 0, 0}}});
+            QCOMPARE(laps[0]->channel(u"lapdistpct"_s)->unit(), expectedUnit);
+            QVERIFY(sameSamples(*laps[0], "lapdistpct", {factor, 35 * factor, 50 * factor, 51 * factor, 52 * factor}));
+            QVERIFY(sameSamples(*laps[0], "lapcurrentlaptime", {0, 0, 0, invalidValue, invalidValue}));
+        }
+    }
+
     void lapTimes_data()
     {
         const Table<Floats, Floats, Floats, QTime> row("counter", "currentTime", "lastTime", "lapTime");
@@ -75,8 +92,11 @@ private Q_SLOTS:
         row("at the cut", cut, {87, 88, 89, 90, 0, 1, 2, 3, 4, 5}, last(0), QTime(0, 0, 5));
         row("before the cut", cut, {87, 88, 89, 0, 1, 2, 3, 4, 5, 6}, last(0), {});
         row("of exactly 5, then a little more", cut, {1, 2, 3, 4, 5, 6, 1, 8, 2.98F, 3}, last(0), QTime(0, 0, 9));
+        row("of 5 in single precision, then more", cut, {1, 2, 3, 4, 5.0000005F, 3e-7F, 8, 0, 1, 2}, last(0),
+            QTime(0, 0, 8));
         row("past a NaN", cut, {9, 9, 9, 9, 9, notANumber, 0, 0, 9, 0}, last(0), QTime(0, 0, 10));
         row("half a millisecond", cut, falls, last(.0625F + 1), QTime(0, 0, 1, 63));
+        row("product in single precision", cut, falls, last(30.0005F), QTime(0, 0, 30, 1));
         row("zero", cut, falls, last(0), QTime(0, 0));
         row("least int", cut, falls, last(-2147483.648F), QTime(3, 28, 36, 352));
         row("above an int", cut, falls, last(2147483.75F), {});

@@ -1,9 +1,10 @@
-// The binary log as it lies on disk: blocks, records, samples, and what is believed of them.
+// The binary log as it lies on disk: blocks, records, samples, and how many samples are plausible.
 
 #include "ldwriter.h"
 #include "testing.h"
 
 #include "ld/fusedloops.h"
+#include "ld/ldbudget.h"
 
 #include <cmath>
 #include <limits>
@@ -72,7 +73,7 @@ private Q_SLOTS:
             QByteArray file;
             put(file, 36, LdInteger<quint32>(second));
             put(file, 3000 + 1152, LdInteger<quint32>(third));
-            put(file, 5000 + 1098, LdInteger<quint32>(fourth)); // fields of 16 bits: what is written behind them is 0
+            put(file, 5000 + 1098, LdInteger<quint32>(fourth)); // fields of 16 bits: what follows them is 0
             put(file, 65535, '4');
             QDataStream stream(&file, QIODevice::ReadWrite);
             const LdData data = readLd(stream);
@@ -102,7 +103,7 @@ private Q_SLOTS:
         QList<quint32> crowded; // records that lie on each other: no more than the file, of 22000 bytes, has room for
         for (quint32 i = 0; i < 1000; ++i)
             crowded.append(1996 + 20 * i);
-        // Where the records lie, and behind that where the last of them leads to.
+        // Where the records lie, and then where the last of them leads to.
         const std::pair<QList<quint32>, std::size_t> rows[]{{{1000, 0}, 1},
                                                             {{3000, 2000, 0}, 2},
                                                             {{2000, 2000}, 1},
@@ -136,6 +137,7 @@ private Q_SLOTS:
         const auto floats = raw<quint32>({std::bit_cast<quint32>(1.5F), std::bit_cast<quint32>(-0.1F)});
         row("floats are converted", typed(7, 4, 2, {1, 2, 2, 0}), floats, {3.5F, 1.9F});
         row("float of 2 bytes", typed(7, 2, 2), shorts, {});
+        row("power, not its inverse", typed(3, 2, 2, {-25000, 1, 4, -5}), raw<qint16>({1, 2}), {0, 25000});
         row("negative decimals", typed(3, 2, 2, {0, 1, 1, -3}), raw<qint16>({-3, 7}), {-3000, 7000});
         row("multiplier 0", typed(3, 2, 2, {5, 0, 2, 2}), shorts, {-0.0F, 0});
         row("scale 0", typed(3, 2, 2, {0, 1, 0, 0}), raw<qint16>({-5, 0}), {-infinity, notANumber});
@@ -177,18 +179,18 @@ private Q_SLOTS:
         QVERIFY(same(readLdChannel(unreadable, header), Floats(values.size(), 1.0F)));
     }
 
-    void allowance()
+    void budget()
     {
-        // The bytes of a file, and how many samples are believed of it.
-        const std::pair<qint64, qint64> rows[]{{0, 40 << 18},
-                                               {(1 << 18) + 1, (40 << 18) + 40},
-                                               {(1 << 24) + 1, (40 << 24) + 8},
-                                               {std::numeric_limits<qint64>::max(), (40LL << 24) + (8LL << 56)}};
-        for (const auto &[bytes, samples] : rows)
-            QCOMPARE(ldSampleAllowance(bytes), samples);
+        // The bytes of a file, and what it may take.
+        const std::pair<qint64, qint64> rows[]{{0, 480 << 20},
+                                               {1 << 20, 480 << 20},
+                                               {(1 << 20) + 1, (480 << 20) + 768},
+                                               {std::numeric_limits<qint64>::max(), (480LL << 20) + (768LL << 50)}};
+        for (const auto &[fileBytes, bytes] : rows)
+            QCOMPARE(Ld::Budget(fileBytes).left(), bytes);
 
         const QByteArray file(64, '\0');
-        const qint64 all = ldSampleAllowance(file.size());
+        const qint64 all = Ld::Budget(file.size()).left() / 4;
         QVERIFY(readChannel(file, typed(3, 2, all + 1)).empty());
         QDataStream stream(file);
         QList<qint64> sizes;
@@ -209,11 +211,11 @@ private Q_SLOTS:
             for (const qint64 first : {0LL, 333LL, (1LL << 30) - 10, 1LL << 33}) {
                 Floats plain(5001);
                 Floats best(5001);
-                plainLoops().interpolate(values, ratio, first, plain);
-                bestLoops().interpolate(values, ratio, first, best);
+                Ld::plainLoops().interpolate(values, ratio, first, plain);
+                Ld::bestLoops().interpolate(values, ratio, first, best);
                 QVERIFY(first <= 333 || same({best.front()}, {values.back()}));
-                plainLoops().convert(plain, {ratio, 0.01, -7, 3});
-                bestLoops().convert(best, {ratio, 0.01, -7, 3});
+                Ld::plainLoops().convert(plain, {ratio, 0.01, -7, 3});
+                Ld::bestLoops().convert(best, {ratio, 0.01, -7, 3});
                 QVERIFY(same(plain, best));
             }
         }

@@ -28,6 +28,10 @@ private Q_SLOTS:
         row("80, fused", {.1F, .2F, .7F}, 80, 3, {.1F, .366666704F, .7F}); // .3666667F in separate steps or in double
         row("120 picks, nothing leaks", {0, infinity, 20, infinity}, 120, 2, {0, 20});
         row("one sample", {7}, 20, 3, {7, 7, 7});
+        Floats waves(20000);
+        for (std::size_t i = 1; i < waves.size(); i += 2)
+            waves[i] = 1;
+        row("position in single precision", waves, 20, 60000, {.333984375F, .666015625F, 1, 1, 1});
         row("empty", {}, 20, 0, {});
         row("rate 0", {1, 2}, 0, 0, {});
         row("negative rate", {1, 2}, -60, 0, {});
