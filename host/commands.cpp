@@ -1,6 +1,7 @@
 #include "host/commands.h"
 
 #include "host/channelscommand.h"
+#include "host/checkcommand.h"
 #include "host/lapscommand.h"
 #include "host/rewritecommand.h"
 #include "host/setupcommand.h"
@@ -15,6 +16,7 @@ CommandList allCommands()
     commands.push_back(channelsCommand());
     commands.push_back(valuesCommand());
     commands.push_back(setupCommand());
+    commands.push_back(checkCommand());
     commands.push_back(rewriteCommand());
     return commands;
 }

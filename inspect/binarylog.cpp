@@ -131,10 +131,10 @@ void BinaryLog::judgeRecords(const std::vector<LdChannelHeader> &listed)
             continue;
         const qint64 width = header.sampleWidth;
         const qint64 room = std::max<qint64>(file->size() - qint64{header.dataOffset}, 0) / width;
-        const qint64 readable = std::min(qint64{header.sampleCount}, room);
-        if (readable * width <= budget) {
-            budget -= readable * width;
-            record.readableSamples = readable;
+        record.samplesInFile = std::min(qint64{header.sampleCount}, room);
+        if (record.samplesInFile * width <= budget) {
+            budget -= record.samplesInFile * width;
+            record.readableSamples = record.samplesInFile;
         }
     }
 }

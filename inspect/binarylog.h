@@ -33,8 +33,9 @@ struct BinaryRecord
     QString name;
     QString unit;
     PassedOver passedOver = PassedOver::No;
-    /// Samples that lie wholly in the file and that samples() gives: at most header.sampleCount, and 0 for kinds that
-    /// nobody can decode.
+    /// Samples that lie wholly in the file, at most header.sampleCount; 0 for kinds that nobody can decode.
+    qint64 samplesInFile = 0;
+    /// Samples that samples() gives: the same, or 0 where its limit is reached.
     qint64 readableSamples = 0;
 
     int rate() const { return header.sampleRate; }

@@ -16,18 +16,19 @@ namespace LapChannels = KOV::SDK::LapChannels;
 
 constexpr std::array<DrivingChannel, 4> driving{{
     {LapRole::Position, QLatin1String("Lap Dist Pct"), LapChannels::distance, QLatin1String("%"), QLatin1String("%"),
-     QLatin1String("a fall by more than 75 % starts a new lap of a text export"),
-     QLatin1String("a text export stays one lap, and a .ld log gives none")},
+     QLatin1String("position round the lap; in a text export its fall cuts the laps"),
+     QLatin1String("the import cannot cut laps: the whole export is one"), QLatin1String("the log gives no laps")},
     {LapRole::LapNumber, QLatin1String("Lap Number"), LapChannels::counter, QLatin1String(""), QLatin1String(""),
-     QLatin1String("the number of a lap; in a .ld log each rise starts a new lap"),
-     QLatin1String("laps of a text export have the number 0, and a .ld log gives none")},
+     QLatin1String("number of the lap; in a .ld log its rise cuts the laps"),
+     QLatin1String("all laps have the number 0"), QLatin1String("the log gives no laps")},
     {LapRole::CurrentLapTime, QLatin1String("Lap Current Lap Time"), LapChannels::currentTime, QLatin1String("s"),
      QLatin1String("s"),
-     QLatin1String("the clock within a lap, repaired at its beginning; in a .ld log its fall finds the lap time"),
-     QLatin1String("laps have no running clock, and laps of a .ld log no lap time")},
+     QLatin1String("running time of the lap, repaired at its start; in a .ld log its fall finds the lap time"),
+     QLatin1String("laps have no running time to be repaired"),
+     QLatin1String("laps have no running time, and no lap gets its lap time")},
     {LapRole::LastLapTime, QLatin1String("Lap Last Lap Time"), LapChannels::lastTime, QLatin1String("s"),
-     QLatin1String("s"), QLatin1String("the time of a lap, taken from the lap after it"),
-     QLatin1String("no lap has a lap time")},
+     QLatin1String("s"), QLatin1String("time of the lap before, from which each lap gets its lap time"),
+     QLatin1String("no lap gets its lap time"), QLatin1String("no lap gets its lap time")},
 }};
 
 constexpr double percentPerLap = 100.0;
@@ -104,11 +105,6 @@ const DrivingChannel *drivingChannelOfRecord(QStringView name)
     const auto found = std::find_if(driving.begin(), driving.end(),
                                     [&](const DrivingChannel &channel) { return channel.binaryName == wanted; });
     return found == driving.end() ? nullptr : &*found;
-}
-
-QString valueName(QStringView title)
-{
-    return title.toString().toLower().remove(u' ').remove(u'-');
 }
 
 } // namespace Inspect

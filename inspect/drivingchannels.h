@@ -4,6 +4,8 @@
 // names real logs carry the same. Everything that looks for laps in a log uses this table. For people:
 // docs/channels.md.
 
+#include "csv/csvtext.h"
+
 #include <QtCore/QLatin1String>
 #include <QtCore/QString>
 #include <QtCore/QStringView>
@@ -11,6 +13,8 @@
 #include <span>
 
 namespace Inspect {
+
+using Csv::valueName; // the name of the channel that the import makes of a column
 
 /// What a channel says about laps.
 enum class LapRole
@@ -29,12 +33,13 @@ enum class LapRole
 struct DrivingChannel
 {
     LapRole role;
-    QLatin1String title;      ///< column title in a text export
-    QLatin1String binaryName; ///< channel name in a .ld log, in any case
-    QLatin1String unit;       ///< in a text export
-    QLatin1String binaryUnit; ///< in a .ld log
-    QLatin1String use;        ///< what the import does with it
-    QLatin1String absence;    ///< what its absence costs, in words that follow "without it"
+    QLatin1String title;         ///< column title in a text export
+    QLatin1String binaryName;    ///< channel name in a .ld log, in any case
+    QLatin1String unit;          ///< in a text export
+    QLatin1String binaryUnit;    ///< in a .ld log
+    QLatin1String use;           ///< what the import does with it
+    QLatin1String textAbsence;   ///< what its absence costs a text export, in words that follow "without it"
+    QLatin1String binaryAbsence; ///< and a .ld log
 };
 
 /// The four, the one that cuts laps first. Lap number in a text export and in a .ld log differ in their weight: there
@@ -62,8 +67,5 @@ const OtherName *otherName(QStringView name);
 const DrivingChannel *drivingChannelOfTitle(QStringView title);
 /// The driving channel that the import sees in a .ld log's record called @p name, or null. Case does not count.
 const DrivingChannel *drivingChannelOfRecord(QStringView name);
-
-/// The name of the channel that the import makes of a column titled @p title: lower case, no blanks, no minus signs.
-QString valueName(QStringView title);
 
 } // namespace Inspect

@@ -1,5 +1,7 @@
 #include "inspect/signalnames.h"
 
+#include "csv/csvtext.h"
+
 #include <algorithm>
 #include <array>
 #include <numbers>
@@ -120,7 +122,7 @@ const Unit *findUnit(QStringView name)
 
 QString comparable(QStringView name)
 {
-    return valueName(name).remove(u'_');
+    return Csv::valueName(name).remove(u'_');
 }
 
 // The recorded channel for which rank(name) is the smallest; none where that is null for all of them.

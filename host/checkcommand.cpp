@@ -1,0 +1,83 @@
+#include "host/checkcommand.h"
+
+#include "host/arguments.h"
+#include "host/checkviews.h"
+#include "host/eachlog.h"
+#include "host/logformat.h"
+#include "host/logreader.h"
+#include "inspect/check.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+
+namespace Host {
+
+namespace {
+
+class CheckCommand : public Command
+{
+public:
+    CheckCommand()
+        : Command({"check", "Say what is amiss with a log, and what to do about it",
+                   "Imports each log, reads the file once more as it stands, and compares: what was\n"
+                   "lost, what was read as 0, and why there are no laps or no lap times. The most\n"
+                   "important finding comes first. Exits with status 3 if there is any.",
+                   "orva-host check race.csv"})
+    {
+    }
+
+    void declare(CLI::App &app) override { addLogArguments(app, logs); }
+
+    ExitStatus run(Output &output) override
+    {
+        const LogReader reader{QString()};
+        return forEachLog(logs, output, [&](const QString &path) {
+            const Laps laps = importedLaps(reader, path);
+            const Inspect::CheckResult result = checked(path, laps);
+            if (logs.isJson)
+                printCheckJson(path, result, laps, output);
+            else
+                printCheck(result, laps, output);
+            return result.findings.isEmpty() ? ExitStatus::Success : ExitStatus::Amiss;
+        });
+    }
+
+private:
+    // A log that gives no laps is what this command is for; a file that cannot be read is not.
+    static Laps importedLaps(const LogReader &reader, const QString &path)
+    {
+        try {
+            return reader.read(path).laps;
+        } catch (const Failure &) {
+            QFile file(path);
+            if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly) || file.read(1).isEmpty())
+                throw;
+            return {};
+        }
+    }
+
+    static Inspect::CheckResult checked(const QString &path, const Laps &laps)
+    {
+        QFile file(path);
+        const QByteArray head = file.open(QIODevice::ReadOnly) ? file.read(logFormatBytes) : QByteArray();
+        switch (logFormatOf(head, file.size())) {
+        case LogFormat::Text:
+            return Inspect::checkText(path, laps);
+        case LogFormat::Binary:
+            return Inspect::checkBinary(path, laps);
+        default:
+            return Inspect::checkOther(path);
+        }
+    }
+
+    LogArguments logs;
+};
+
+} // namespace
+
+std::unique_ptr<Command> checkCommand()
+{
+    return std::make_unique<CheckCommand>();
+}
+
+} // namespace Host

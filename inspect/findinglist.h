@@ -1,0 +1,55 @@
+#pragma once
+
+// Internal to the checks: where they collect their findings, and what those of both formats have in common.
+
+#include "inspect/check.h"
+#include "inspect/drivingchannels.h"
+#include "inspect/sidecar.h"
+
+namespace Inspect {
+
+/// A channel of the log: its name, and where it stands.
+struct NamedPlace
+{
+    QString name;
+    Place place;
+};
+
+/// What tells of laps in a log, such as its beacons.
+struct LapEvidence
+{
+    Place place;
+    QString text; ///< what it is, as a sentence without its end: "the header names 3 beacon markers"
+    qint64 laps = 0;
+};
+
+class FindingList
+{
+public:
+    Finding &add(FindingCode code, const Place &place = {});
+    bool contains(FindingCode code) const;
+    /// All of them in the order of their codes.
+    QList<Finding> sorted() const;
+
+    /// Two channels of one name, as @p isSame tells; the import keeps the one at @p keeps.
+    void addDuplicate(const NamedPlace &kept, const NamedPlace &dropped);
+    /// Channels that are 0 in all laps although the log has them, those in @p except left out.
+    void addConstantChannels(const Laps &laps, const QStringList &except);
+    /// What the sidecar of the log at @p path says amiss.
+    void addSidecar(const QString &path, const Sidecar &sidecar);
+    /// The first of @p evidence, the best first, that tells of laps where the import cut none of a log that lasts
+    /// @p seconds; or that nothing tells of any.
+    void addUncutLaps(const std::vector<LapEvidence> &evidence, const Laps &laps, double seconds);
+
+private:
+    QList<Finding> findings;
+};
+
+/// What to do about a driving channel that nothing in the log stands for.
+QString missingRemedy();
+
+/// The channel among @p channels that a person would take for the driving channel of @p role, and that is not called so
+/// as the import knows it; null where there is none.
+const NamedPlace *lookalike(LapRole role, const std::vector<NamedPlace> &channels);
+
+} // namespace Inspect
