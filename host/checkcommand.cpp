@@ -3,12 +3,8 @@
 #include "host/arguments.h"
 #include "host/checkviews.h"
 #include "host/eachlog.h"
-#include "host/logformat.h"
 #include "host/logreader.h"
 #include "inspect/check.h"
-
-#include <QtCore/QFile>
-#include <QtCore/QFileInfo>
 
 namespace Host {
 
@@ -32,8 +28,8 @@ public:
     {
         const LogReader reader{QString()};
         return forEachLog(logs, output, [&](const QString &path) {
-            const Laps laps = importedLaps(reader, path);
-            const Inspect::CheckResult result = checked(path, laps);
+            Laps laps;
+            const Inspect::CheckResult result = checked(reader, path, &laps);
             if (logs.isJson)
                 printCheckJson(path, result, laps, output);
             else
@@ -43,28 +39,25 @@ public:
     }
 
 private:
-    // A log that gives no laps is what this command is for; a file that cannot be read is not.
+    // A log that gives no laps is what this command is for.
     static Laps importedLaps(const LogReader &reader, const QString &path)
     {
         try {
             return reader.read(path).laps;
-        } catch (const Failure &) {
-            QFile file(path);
-            if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly) || file.read(1).isEmpty())
-                throw;
+        } catch (const NoLaps &) {
             return {};
         }
     }
 
-    static Inspect::CheckResult checked(const QString &path, const Laps &laps)
+    static Inspect::CheckResult checked(const LogReader &reader, const QString &path, Laps *laps)
     {
-        QFile file(path);
-        const QByteArray head = file.open(QIODevice::ReadOnly) ? file.read(logFormatBytes) : QByteArray();
-        switch (logFormatOf(head, file.size())) {
+        switch (readFormat(path)) {
         case LogFormat::Text:
-            return Inspect::checkText(path, laps);
+            *laps = importedLaps(reader, path);
+            return Inspect::checkText(path, *laps);
         case LogFormat::Binary:
-            return Inspect::checkBinary(path, laps);
+            *laps = importedLaps(reader, path);
+            return Inspect::checkBinary(path, *laps);
         default:
             return Inspect::checkOther(path);
         }

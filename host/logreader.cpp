@@ -5,6 +5,7 @@
 #include "host/logformat.h"
 #include "host/platform.h"
 #include "host/remarks.h"
+#include "inspect/check.h"
 #include "sdk/dataemitter.h"
 
 #include <QtCore/QFile>
@@ -73,7 +74,12 @@ Log LogReader::read(const QString &path) const
     if (format == LogFormat::Unknown)
         throw Failure(path + QLatin1String(": neither a text export nor a binary .ld log") + checkHint(path));
     try {
-        return format == LogFormat::Text ? importBy(plugin, path) : loadLdLog(path);
+        Log log = format == LogFormat::Text ? importBy(plugin, path) : loadLdLog(path);
+        const QString remark =
+            format == LogFormat::Text ? Inspect::remarkOnText(path, log.laps) : Inspect::remarkOnBinary(path, log.laps);
+        if (!remark.isEmpty())
+            log.remarks.append(path + QLatin1String(": ") + remark + checkHint(path));
+        return log;
     } catch (const Failure &failure) {
         throw NoLaps(failure.text() + checkHint(path));
     }

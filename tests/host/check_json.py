@@ -22,6 +22,7 @@ COMMANDS = (
     ["channels"],
     ["values", "--lap", "4"],
     ["setup"],
+    ["check"],
     ["channels", "--stored"],
     ["values", "--stored"],
     ["values", "--lap", "0", "--plugin", ODD_PLUGIN],
