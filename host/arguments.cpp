@@ -21,7 +21,7 @@ QString spokenName(const std::string &names)
 
 } // namespace
 
-void addLogArguments(CLI::App &app, LogArguments &arguments)
+void addLogs(CLI::App &app, LogArguments &arguments)
 {
     app.add_option_function<std::vector<std::string>>(
            "LOG",
@@ -32,8 +32,13 @@ void addLogArguments(CLI::App &app, LogArguments &arguments)
            "One or more telemetry logs")
         ->option_text(" ")
         ->required();
-    addFlag(app, "--json", arguments.isJson, "Print one JSON object per log, each on one line");
     addFlag(app, "-q,--quiet", arguments.isQuiet, "Do not print remarks and the plug-in's messages");
+}
+
+void addLogArguments(CLI::App &app, LogArguments &arguments)
+{
+    addLogs(app, arguments);
+    addFlag(app, "--json", arguments.isJson, "Print one JSON object per log, each on one line");
 }
 
 void addImportArguments(CLI::App &app, ImportArguments &arguments)
@@ -53,12 +58,7 @@ CLI::Option *addLap(CLI::App &app, std::optional<qsizetype> &lap, const std::str
         .add_option_function<std::string>(
             "--lap",
             [&lap](const std::string &value) {
-                bool isNumber = false;
-                const QString text = QString::fromStdString(value);
-                const qlonglong index = text.toLongLong(&isNumber);
-                if (!isNumber || index < 0)
-                    refuse(QStringLiteral("--lap is \"%1\", expected the index of a lap: 0, 1, 2, ...").arg(text));
-                lap = index;
+                lap = lapIndex(QString::fromStdString(value), QStringLiteral("--lap"));
             },
             help)
         ->type_name("N");
@@ -74,6 +74,15 @@ void addLapArguments(CLI::App &app, LapArguments &arguments)
             "Show what the file itself holds, at its own rates,\n"
             "instead of a lap; the default for a log without laps")
         ->excludes(lap);
+}
+
+qsizetype lapIndex(const QString &text, const QString &option)
+{
+    bool isNumber = false;
+    const qlonglong index = text.toLongLong(&isNumber);
+    if (!isNumber || index < 0)
+        refuse(QStringLiteral("%1 is \"%2\", expected the index of a lap: 0, 1, 2, ...").arg(option, text));
+    return index;
 }
 
 CLI::Option *addText(CLI::App &app, const std::string &names, const std::string &valueName, QString &target,

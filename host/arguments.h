@@ -23,7 +23,9 @@ struct LogArguments
     bool isQuiet = false;
 };
 
-/// Adds LOG..., --json and --quiet.
+/// Adds LOG... and --quiet.
+void addLogs(CLI::App &app, LogArguments &arguments);
+/// Adds --json besides.
 void addLogArguments(CLI::App &app, LogArguments &arguments);
 
 /// Further arguments of commands that import logs.
@@ -51,6 +53,9 @@ void addLapArguments(CLI::App &app, LapArguments &arguments);
 
 /// Adds --lap N, the index of a lap.
 CLI::Option *addLap(CLI::App &app, std::optional<qsizetype> &lap, const std::string &help);
+
+/// The index of a lap that @p option was given as @p text. Throws Failure with ExitStatus::BadCommandLine.
+qsizetype lapIndex(const QString &text, const QString &option);
 
 /// Adds an option with a text as its value, refused if it is empty. @p valueName is what the help calls the value.
 CLI::Option *addText(CLI::App &app, const std::string &names, const std::string &valueName, QString &target,

@@ -3,6 +3,7 @@
 #include "host/channelscommand.h"
 #include "host/checkcommand.h"
 #include "host/lapscommand.h"
+#include "host/reportcommand.h"
 #include "host/rewritecommand.h"
 #include "host/setupcommand.h"
 #include "host/valuescommand.h"
@@ -18,6 +19,7 @@ CommandList allCommands()
     commands.push_back(setupCommand());
     commands.push_back(checkCommand());
     commands.push_back(rewriteCommand());
+    commands.push_back(reportCommand());
     return commands;
 }
 

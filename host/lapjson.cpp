@@ -202,14 +202,14 @@ void printLapsJson(const char *command, const Log &log, const std::vector<qsizet
     json.end();
 }
 
-void printSetupJson(const QString &path, const DynamicData &values, Output &output)
+void printSetupJson(const Log &log, qsizetype lap, Output &output)
 {
     JsonWriter json(output);
     json.startObject();
     json.member("command", QLatin1String("setup"));
-    json.member("file", path);
+    json.member("file", log.path);
     json.key("setup");
-    writeDynamicData(values, json);
+    writeDynamicData(log.laps[lap]->header().dynamicData, json);
     json.endObject();
     json.end();
 }

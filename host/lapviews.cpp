@@ -99,8 +99,9 @@ void printChannels(const Log &log, qsizetype index, Output &output)
     table.print(output);
 }
 
-void printSetup(const KOV::SDK::DynamicData &values, Output &output)
+void printSetup(const Log &log, qsizetype lap, Output &output)
 {
+    const auto &values = log.laps[lap]->header().dynamicData;
     if (values.isEmpty())
         return;
     TextTable table({{QStringLiteral("Name")}, {QStringLiteral("Value")}, {QStringLiteral("Unit")}});

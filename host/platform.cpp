@@ -5,7 +5,6 @@
 
 #ifdef Q_OS_WIN
 #include <cstdio>
-#include <fcntl.h>
 #include <io.h>
 #else
 #include <cerrno>
@@ -18,10 +17,7 @@ namespace Host {
 
 #ifdef Q_OS_WIN
 
-void holdStandardStreams()
-{
-    (void)_setmode(_fileno(stdout), _O_BINARY); // line feeds on every system
-}
+void holdStandardStreams() {}
 
 void ignoreBrokenPipes() {}
 

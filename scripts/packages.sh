@@ -1,10 +1,13 @@
 # Sourced by the other scripts: installs Debian packages that are missing. Asks nothing; works as root and with sudo.
 
 # The packages whose code becomes part of orva-host.
-embedded_packages=(libcli11-dev rapidjson-dev)
+embedded_packages=(libcli11-dev libjs-dygraphs rapidjson-dev)
 
 # The packages to build and run, and to build and run the tests.
 build_packages=(g++ cmake help2man ninja-build pkgconf python3-jsonschema qt6-base-dev "${embedded_packages[@]}")
+
+# The packages to test pages in a browser. Large: where they are missing, the test is skipped.
+browser_packages=(chromium chromium-driver python3-selenium)
 
 # install_missing PACKAGE...: installs those that are not there yet, and says so.
 install_missing() {

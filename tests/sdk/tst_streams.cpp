@@ -172,7 +172,7 @@ private Q_SLOTS:
         }
     }
 
-    // Qt opens a file by the zone's name.
+    // Qt takes a zone's name for that of a file.
     void timesInZonesAreNoValues()
     {
         const QDate date(2020, 2, 29);
