@@ -168,7 +168,7 @@ private:
             const bool isCutting = channel.role == LapRole::Position || channel.role == LapRole::LapNumber;
             const BinaryRecord *record = readRecord(channel);
             const qint64 samples = record ? resampledLength(record->claimedSamples(), record->rate(), commonRate) : 0;
-            if (record && (!isCutting || samples >= ldFewestSamples))
+            if (record && (!isCutting || samples >= ldMinSamples))
                 continue;
             Finding &finding =
                 list.add(isCutting ? FindingCode::NoLapChannel : FindingCode::MissingChannel, {0, 0, 0, name});
@@ -180,7 +180,7 @@ private:
                 finding.found =
                     QStringLiteral("The channel %1 holds only %2; at least %3 are needed at 60 per second.")
                         .arg(quoted(record->name), counted(record->claimedSamples(), QStringLiteral("sample")))
-                        .arg(ldFewestSamples);
+                        .arg(ldMinSamples);
                 continue;
             }
             const auto dropped =
@@ -290,11 +290,12 @@ private:
              {LapRole::Beacon, LapRole::LapNumber, LapRole::Position, LapRole::LapDistance, LapRole::CurrentLapTime}) {
             for (const BinaryRecord &record : log.records()) {
                 const OtherName *name = otherName(record.name);
-                if (!name || name->role != role || laps.size() > 1)
+                if (!name || name->role != role || laps.size() > 1 || record.rate() == 0)
                     continue;
-                LapCounter counter(role);
+                LapCounter counter(*name);
+                double index = 0.0;
                 for (const float sample : log.samples(record))
-                    counter.add(static_cast<double>(sample));
+                    counter.add(index++ / record.rate(), static_cast<double>(sample));
                 evidence.push_back(
                     {placeOf(record),
                      QStringLiteral("The channel %1 starts anew or counts on at each line").arg(quoted(record.name)),
