@@ -148,11 +148,6 @@ Command *readCommandLine(const QStringList &arguments, const CommandList &comman
         std::transform(words.crbegin(), words.crend(), std::back_inserter(reversed),
                        [](const QString &word) { return guardedPath(word).toStdString(); });
         app.parse(std::move(reversed));
-        for (const CLI::App *parsed : app.get_subcommands()) {
-            if (const auto unknown = parsed->remaining(); !unknown.empty())
-                refuse(QStringLiteral("unknown option %1").arg(QString::fromStdString(unknown.front())),
-                       words.first() + u' ');
-        }
     } catch (const CLI::CallForHelp &) {
         for (CLI::App *parsed : app.get_subcommands())
             parsed->description((*find(words.first()))->help().description); // says more than its line in the list
@@ -163,6 +158,13 @@ Command *readCommandLine(const QStringList &arguments, const CommandList &comman
         return nullptr;
     } catch (const CLI::ParseError &error) {
         refuse(problem(error), words.first() + u' ');
+    } catch (const Failure &failure) { // of an argument's value
+        refuse(failure.text(), words.first() + u' ');
+    }
+    for (const CLI::App *parsed : app.get_subcommands()) {
+        if (const auto unknown = parsed->remaining(); !unknown.empty())
+            refuse(QStringLiteral("unknown option %1").arg(QString::fromStdString(unknown.front())),
+                   words.first() + u' ');
     }
     return find(words.first())->get();
 }
