@@ -101,7 +101,7 @@ private:
         Finding &finding = list.add(FindingCode::NoRecords);
         finding.found = log.isListCutOff() ? QStringLiteral("The list of channels lies beyond the end of the file.")
                                            : QStringLiteral("The log lists no channels.");
-        finding.read = QStringLiteral("No laps.");
+        finding.read = QStringLiteral("The import finds no laps.");
         finding.remedy = log.isListCutOff()
                              ? QStringLiteral("Copy the log from the logger again; this copy is cut off.")
                              : QStringLiteral("Pick another log; nothing was recorded in this one.");
@@ -204,7 +204,7 @@ private:
                              .arg(quoted(candidate->name))
                              .arg(candidate->place.record)
                              .arg(quoted(name));
-            like.read = QStringLiteral("Nothing that laps could come from.");
+            like.read = QStringLiteral("The import takes no laps from it.");
             like.remedy = QStringLiteral("Run \"orva-host rewrite\" on the log, which takes it for that.");
         }
     }
@@ -345,7 +345,7 @@ CheckResult checkOther(const QString &path)
     Finding &finding = list.add(FindingCode::NotALog);
     finding.found = look.what.isEmpty() ? QStringLiteral("The file is binary data of a kind that is not known here.")
                                         : QStringLiteral("The file is %1.").arg(look.what);
-    finding.read = QStringLiteral("Nothing: it is not a text export, and not a binary .ld log.");
+    finding.read = QStringLiteral("Nothing is read, as it is neither a text export nor a binary .ld log.");
     finding.remedy = look.what.isEmpty()
                          ? QStringLiteral("Pick the log itself: a text export (.csv) or a binary log (.ld).")
                          : look.remedy;

@@ -94,7 +94,7 @@ private:
         const bool isKnown = !look.what.isEmpty();
         finding.found = isKnown ? QStringLiteral("The file is %1.").arg(look.what)
                                 : QStringLiteral("The file is a text without rows of cells between commas.");
-        finding.read = QStringLiteral("Nothing: it is not a text export, and not a binary .ld log.");
+        finding.read = QStringLiteral("Nothing is read, as it is neither a text export nor a binary .ld log.");
         finding.remedy = isKnown ? look.remedy : QStringLiteral("Pick the log itself, or export it again as CSV.");
         return {{}, list.sorted()};
     }
@@ -150,7 +150,7 @@ private:
         if (comparison.samples == 0 && lostRows == 0 && !list.contains(FindingCode::NoHeader)) {
             Finding &finding = list.add(FindingCode::NoRows, {head.titlesLine, 0, 0, {}});
             finding.found = QStringLiteral("No rows follow the channel names in line %1.").arg(head.titlesLine);
-            finding.read = QStringLiteral("One lap without channels.");
+            finding.read = QStringLiteral("The import gives one lap without channels.");
             finding.remedy = QStringLiteral("Export the log again; the export was cut off, or its range was empty.");
         }
         if (comparison.rowsInPreamble > 0 && !head.isWithoutEmptyLine) {
@@ -310,7 +310,7 @@ private:
                              .arg(quoted(candidate->name))
                              .arg(candidate->place.column)
                              .arg(quoted(QString(channel.title)));
-            like.read = QStringLiteral("A channel like any other.");
+            like.read = QStringLiteral("The import treats it like any other channel.");
             like.remedy = QStringLiteral("Run \"orva-host rewrite\" on the file, which takes it for that.");
         }
         for (std::size_t i = 0; i < columns.size(); ++i) {

@@ -76,7 +76,7 @@ void FindingList::addConstantChannels(const Laps &laps, const QStringList &excep
                         .arg(finding.count == 1 ? QStringLiteral("1 channel is")
                                                 : QStringLiteral("%1 channels are").arg(finding.count),
                              listOf(finding.channels));
-    finding.read = QStringLiteral("As it stands.");
+    finding.read = QStringLiteral("They are read as they stand.");
     finding.remedy = QStringLiteral("Look whether the sensor was connected, or leave the channel out of the export.");
 }
 
