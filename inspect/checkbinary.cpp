@@ -290,12 +290,11 @@ private:
              {LapRole::Beacon, LapRole::LapNumber, LapRole::Position, LapRole::LapDistance, LapRole::CurrentLapTime}) {
             for (const BinaryRecord &record : log.records()) {
                 const OtherName *name = otherName(record.name);
-                if (!name || name->role != role || laps.size() > 1 || record.rate() == 0)
+                if (!name || name->role != role || laps.size() > 1)
                     continue;
-                LapCounter counter(*name);
-                double index = 0.0;
+                LapCounter counter(role);
                 for (const float sample : log.samples(record))
-                    counter.add(index++ / record.rate(), static_cast<double>(sample));
+                    counter.add(static_cast<double>(sample));
                 evidence.push_back(
                     {placeOf(record),
                      QStringLiteral("The channel %1 starts anew or counts on at each line").arg(quoted(record.name)),
