@@ -12,6 +12,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <tuple>
 
 using Inspect::LapAxis;
 using Inspect::LapCourse;
@@ -96,6 +97,12 @@ int digitsFor(double lowest, double highest)
     return static_cast<int>(std::clamp(std::ceil(std::log10(chartSteps / range)), minDigits, maxDigits));
 }
 
+// Exports fill the place of a unit that a channel does not have.
+QString realUnit(const QString &unit)
+{
+    return unit == QLatin1String("..") || unit == QLatin1String("-") ? QString() : unit;
+}
+
 class ModelBuilder
 {
 public:
@@ -113,6 +120,10 @@ public:
         for (const Source &source : sources())
             addTrace(source);
         addDifferences();
+        if (model.traces.empty())
+            note(QStringLiteral(
+                "None of the usual channels is in the log, so there are no charts; \"orva-host channels\" "
+                "lists what there is, and --traces draws it."));
         setShown();
         addTrack();
         return std::move(model);
@@ -294,14 +305,15 @@ void ModelBuilder::addTrace(const Source &source)
         const Inspect::SignalChannel found = source.find(*entries[i].lap.lap);
         if (!found.channel || !entries[i].course)
             continue;
-        const QString unit = found.channel->unit();
-        if (names.isEmpty())
+        const QString unit = trace.isStepped ? QString() : realUnit(found.channel->unit());
+        if (trace.unit.isEmpty())
             trace.unit = unit;
         if (!names.contains(found.name))
             names.append(found.name);
-        const auto factor = unit == trace.unit ? std::optional(1.0) : Inspect::unitFactor(unit, trace.unit);
+        const bool isSame = unit.isEmpty() || unit == trace.unit;
+        const auto factor = isSame ? std::optional(1.0) : Inspect::unitFactor(unit, trace.unit);
         if (!factor)
-            note(QStringLiteral("%1 is in \"%2\" here and in \"%3\" there; the numbers are shown as they are.")
+            note(QStringLiteral("%1 is in %2 in one lap and in %3 in another; the numbers are shown as they are.")
                      .arg(trace.name, trace.unit, unit));
         columns[i] = Inspect::valuesOnGrid(*entries[i].course, *found.channel, model.points,
                                            trace.isStepped ? Inspect::Between::Stepped : Inspect::Between::Linear);
@@ -350,38 +362,36 @@ void ModelBuilder::addDifferences()
     }
 }
 
-// Of one log the fastest laps, of several the fastest of each; where no lap is whole, the longest.
+// Of one log the fastest laps, of several the fastest of each; where none is whole, the longest.
 void ModelBuilder::setShown()
 {
-    std::vector<std::size_t> order;
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        if (entries[i].isFinished() && entries[i].course)
-            order.push_back(i);
-    }
-    std::stable_sort(order.begin(), order.end(), [this](std::size_t a, std::size_t b) {
+    const auto rank = [this](std::size_t i) { // the smaller the better
+        const Entry &entry = entries[i];
         constexpr int never = std::numeric_limits<int>::max();
-        return entries[a].lap.timeMs.value_or(never) < entries[b].lap.timeMs.value_or(never);
-    });
-    const std::size_t whole = order.size();
-    if (logs.size() > 1) {
-        QSet<qsizetype> seen;
-        std::erase_if(order, [&](std::size_t i) {
-            const bool isSecond = seen.contains(model.laps[i].log);
-            seen.insert(model.laps[i].log);
-            return isSecond;
-        });
+        return entry.isFinished() ? std::tuple(0, entry.lap.timeMs.value_or(never), 0LL)
+                                  : std::tuple(1, never, -entry.lap.lap->size());
+    };
+    bool isLimited = false;
+    for (std::size_t log = 0; log < logs.size(); ++log) {
+        std::vector<std::size_t> order;
+        for (std::size_t i = 0; i < entries.size(); ++i) {
+            if (model.laps[i].isDrawn && model.laps[i].log == static_cast<qsizetype>(log))
+                order.push_back(i);
+        }
+        std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return rank(a) < rank(b); });
+        const auto finished =
+            std::count_if(order.begin(), order.end(), [&](std::size_t i) { return entries[i].isFinished(); });
+        const auto wanted = std::max<std::size_t>(static_cast<std::size_t>(finished), 1);
+        const std::size_t shown = std::min({wanted, logs.size() > 1 ? 1 : maxShownLaps, order.size()});
+        isLimited = isLimited || shown < wanted;
+        for (std::size_t i = 0; i < shown; ++i)
+            model.laps[order[i]].isFastest = true;
     }
-    if (order.size() > maxShownLaps)
-        order.resize(maxShownLaps);
-    if (order.empty())
-        order.push_back(longest());
-    for (const std::size_t i : order)
-        model.laps[i].isFastest = true;
-    for (std::size_t i = 0; i < entries.size(); ++i)
-        model.laps[i].isShown = model.laps[i].isDrawn && (model.laps[i].isFastest || !wishes.laps.empty());
-    if (order.size() < whole && wishes.laps.empty())
+    for (PageLap &lap : model.laps)
+        lap.isShown = lap.isFastest || (lap.isDrawn && !wishes.laps.empty());
+    if (isLimited && wishes.laps.empty())
         note(logs.size() > 1 ? QStringLiteral("At first the fastest lap of each log is shown.")
-                             : QStringLiteral("At first the %1 fastest laps are shown.").arg(order.size()));
+                             : QStringLiteral("At first the %1 fastest laps are shown.").arg(maxShownLaps));
 }
 
 void ModelBuilder::addTrack()

@@ -1,39 +1,37 @@
 #pragma once
 
-// Counts the laps that a channel tells of, as an export that is written anew would have them: lapsignals.h.
+// Counts the laps that a channel tells of. Which channel plays which role: drivingchannels.h.
 
 #include "inspect/drivingchannels.h"
-#include "inspect/lapsignals.h"
 
 #include <QtCore/QtGlobal>
 
-#include <variant>
+#include <vector>
 
 namespace Inspect {
 
-/// Fed with the samples of one channel in the order of time.
+/// Fed with the samples of one channel, oldest first. Positions and distances begin a lap where they fall by more than
+/// half of their largest value, running times where they fall by more than 5 s, counters and beacons where they rise.
 class LapCounter
 {
 public:
-    /// Of a channel with this name.
-    explicit LapCounter(const OtherName &name);
+    explicit LapCounter(LapRole role)
+        : role(role)
+    {
+    }
 
-    /// Whether a channel of this role tells of laps at all.
-    bool isUseful() const { return !std::holds_alternative<std::monostate>(signal); }
-    /// @p time in seconds.
-    void add(double time, double value);
-    /// 1 where the car never crossed the line.
+    /// NaN is passed over.
+    void add(double value);
+    /// 1 where no line was crossed; 0 for a role that tells of no laps.
     qint64 laps() const;
 
 private:
-    // A position in percent, or the fraction that some logs hold in its place.
-    struct Position
-    {
-        PositionSignal whole;
-        PositionSignal fraction{1.0};
-    };
-
-    std::variant<std::monostate, BeaconSignal, CounterSignal, Position, RestartSignal> signal;
+    LapRole role;
+    bool hasValue = false;
+    double last = 0.0;
+    double largest = 0.0;
+    qint64 crossings = 0;
+    std::vector<double> falls;
 };
 
 } // namespace Inspect

@@ -10,7 +10,8 @@
   const wholeButton = document.getElementById('whole');
   const boxes = [...document.querySelectorAll('#laps input')];
   const spot = document.getElementById('spot');
-  const hint = matchMedia('(pointer: coarse)').matches ? 'Touch a chart to read it.' :
+  const hint = traces.length === 0 ? '' : matchMedia('(pointer: coarse)').matches ?
+    'Touch a chart to read it.' :
     'Point at a chart to read it, drag to zoom, double-click to zoom out.';
   const lineColours = 8; // --lap-0 to --lap-7 in the style sheet
   const dashes = [null, [7, 3], [2, 3]]; // for the laps beyond the colours
@@ -76,7 +77,8 @@
     return {trace, index, plot, list, cursor: null, graph: null};
   });
 
-  element('p', 'axis', section).textContent = `${axis.name} (${axis.unit})`;
+  if (charts.length > 0)
+    element('p', 'axis', section).textContent = `${axis.name} (${axis.unit})`;
 
   function seriesOptions(layers) {
     const options = {labels: ['x'], colors: [], series: {}};
