@@ -580,10 +580,9 @@ double LapPlan::position(double time)
 
 double LapPlan::currentLapTime(double time)
 {
-    // A standing car has no distance to repair a time of exactly 0 by, as the import would; a microsecond is not 0.
+    // The import takes a 0 for a fault of the timer and repairs it; a microsecond is not 0.
     constexpr double smallest = 1.0 / microseconds;
-    const Lap &lap = lapAt(time);
-    return std::max(time - lap.clock, lap.isByWay || positionChannel ? smallest : 0.0);
+    return std::max(time - lapAt(time).clock, smallest);
 }
 
 } // namespace Inspect

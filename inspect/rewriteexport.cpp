@@ -1,5 +1,6 @@
 #include "inspect/rewriteexport.h"
 
+#include "inspect/exportcells.h"
 #include "inspect/rewriteerror.h"
 #include "inspect/signalnames.h"
 #include "inspect/textlog.h"
@@ -8,10 +9,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <optional>
-#include <string>
+#include <span>
 
 namespace Inspect {
 
@@ -23,9 +23,8 @@ constexpr double nearRate = 0.005;     // of a rate: closer rates are the same
 constexpr double ratesDiffer = 0.02;   // of a rate: the header's and that of the rows
 constexpr double longestStep = 1.5;    // of the time between two rows; a longer one is a gap
 constexpr double sameInstant = 1e-6;   // s
-constexpr int addedDecimals = 3;       // of an interpolated number
-constexpr int maxDecimals = 9;
-constexpr double halfLapPercent = 50.0; // a position that falls by more begins a lap
+constexpr int timeDecimals = 6;
+constexpr int positionDecimals = 8; // of a position in percent that is scaled or interpolated
 
 std::optional<double> numberOf(std::span<const Cell> cells, std::size_t column)
 {
@@ -96,160 +95,6 @@ struct Shape
     bool hasDecimalComma = false;
     double timeStep = 0.0;      // between two rows, by the time column; 0 where that does not tell
     std::vector<bool> hasValue; // of each column
-};
-
-// Whether the text is digits with at most one decimal sign and a minus sign; the place of a comma in it.
-bool isPlain(std::string_view text, std::size_t *comma)
-{
-    constexpr std::size_t longest = ExportWriter::cellRoom - 1;
-    const bool isNegative = !text.empty() && text.front() == '-';
-    std::size_t digits = 0;
-    std::size_t signs = 0;
-    for (std::size_t i = isNegative ? 1 : 0; i < text.size(); ++i) {
-        const char c = text[i];
-        if (c >= '0' && c <= '9') {
-            ++digits;
-        } else if ((c == '.' || c == ',') && signs == 0) {
-            ++signs;
-            if (c == ',')
-                *comma = i;
-        } else {
-            return false;
-        }
-    }
-    return digits > 0 && text.size() <= longest;
-}
-
-struct Decimal
-{
-    double value;
-    int places; // after the decimal sign
-};
-
-Decimal decimalOf(std::string_view text)
-{
-    // As many digits are exact in a double, and so is their power of ten: one division rounds as any conversion.
-    constexpr std::size_t exactDigits = 15;
-    static constexpr std::array<double, exactDigits + 1> powers{1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                                                1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
-    std::size_t comma = std::string_view::npos;
-    if (text.size() > exactDigits || !isPlain(text, &comma)) {
-        const auto number = numberIn(text);
-        return {number.value_or(std::numeric_limits<double>::quiet_NaN()), maxDecimals};
-    }
-    quint64 digits = 0;
-    std::size_t places = 0;
-    bool isAfterSign = false;
-    for (const char c : text) {
-        if (c >= '0' && c <= '9') {
-            digits = 10 * digits + static_cast<quint64>(c - '0');
-            places += isAfterSign ? 1 : 0;
-        } else if (c != '-') {
-            isAfterSign = true;
-        }
-    }
-    const double value = static_cast<double>(digits) / powers[places];
-    return {text.front() == '-' ? -value : value, static_cast<int>(places)};
-}
-
-// A row and the numbers in it.
-struct RowView
-{
-    std::span<const Cell> cells;
-    std::span<const Decimal> numbers; // one for each cell, or none
-};
-
-// A row that outlives the reading of the next.
-class KeptRow
-{
-public:
-    void keep(const TextLog &log)
-    {
-        numbers.clear();
-        text.assign(log.row());
-        cells.assign(log.cells().begin(), log.cells().end());
-        for (Cell &cell : cells) {
-            if (!cell.text.empty())
-                cell.text = std::string_view(text).substr(static_cast<std::size_t>(cell.text.data() - log.row().data()),
-                                                          cell.text.size());
-        }
-    }
-    RowView view() const { return {cells, numbers}; }
-    RowView viewWithNumbers()
-    {
-        for (std::size_t i = numbers.size(); i < cells.size(); ++i)
-            numbers.push_back(decimalOf(cells[i].text));
-        return view();
-    }
-
-private:
-    std::string text;
-    std::vector<Cell> cells;
-    std::vector<Decimal> numbers;
-};
-
-// Puts cells of the source into the new file.
-class CellWriter
-{
-public:
-    explicit CellWriter(ExportWriter &exportWriter)
-        : writer(exportWriter)
-    {
-    }
-
-    /// The cell without quotes and with a decimal point. What is not a finite number becomes an empty field.
-    void add(const Cell &cell)
-    {
-        std::size_t comma = std::string_view::npos;
-        if (isPlain(cell.text, &comma)) {
-            char *const text = writer.addText(cell.text);
-            if (comma != std::string_view::npos)
-                text[comma] = '.';
-            return;
-        }
-        addUnusual(cell);
-    }
-
-    /// What lies between the cells of a column in two rows with numbers, @p share of the way.
-    void addBetween(const RowView &from, const RowView &to, std::size_t column, double share)
-    {
-        const Decimal &first = from.numbers[column];
-        const Decimal &second = to.numbers[column];
-        if (!std::isfinite(first.value) || !std::isfinite(second.value) || first.value == second.value)
-            add(from.cells[column]);
-        else
-            writer.addRounded(first.value + (second.value - first.value) * share,
-                              std::min(std::max(first.places, second.places) + addedDecimals, maxDecimals));
-    }
-
-    void tell(QStringList *remarks) const
-    {
-        const auto remark = [remarks](qint64 count, const char *what) {
-            if (count > 0)
-                remarks->append(QString::fromLatin1(what).arg(count));
-        };
-        remark(infinities, "%1 cells held NaN or an infinity; they are now empty, which the import reads as 0");
-        remark(texts, "%1 cells held no number; they are now empty, which the import reads as 0");
-        remark(blanks, "%1 cells are empty, as in the source; the import reads them as 0");
-    }
-
-private:
-    void addUnusual(const Cell &cell)
-    {
-        const auto number = numberIn(cell);
-        if (number && std::isfinite(*number)) {
-            writer.addNumber(*number);
-            return;
-        }
-        const bool isBlank = cell.text.find_first_not_of(" \t") == std::string_view::npos;
-        ++(number ? infinities : isBlank ? blanks : texts);
-        writer.addText({});
-    }
-
-    ExportWriter &writer;
-    qint64 infinities = 0;
-    qint64 texts = 0;
-    qint64 blanks = 0;
 };
 
 class ExportRewriter
@@ -524,10 +369,7 @@ private:
             writeLastOfStretch(plan, last, timeBefore);
         if (const auto closing = plan.closingTime()) {
             writeRow(plan, last, last, 0.0, *closing, true);
-            job.summary.remarks.append(QStringLiteral("the last lap ends after the last row: a row at %1 s with the "
-                                                      "last values is added, as the import takes a "
-                                                      "lap's time from the rows after it")
-                                           .arg(*closing, 0, 'f', 3));
+            job.summary.remarks.append(closingRemark(*closing));
         }
         copier.tell(&job.summary.remarks);
         if (extraCells)
@@ -568,12 +410,12 @@ private:
                 driving->add(writer, role, time);
         }
         if (!hasClock)
-            writer.addRounded(time, 6);
+            writer.addRounded(time, timeDecimals);
         for (const WrittenColumn &column : columns) {
             if (column.source >= sourceCount)
                 break; // a short row stays one: the import reads no value there, where an empty field would be 0
             if (isClosing && hasClock && column.source == timeColumn)
-                writer.addRounded(time / timeScale, 6);
+                writer.addRounded(time / timeScale, timeDecimals);
             else if (isExact)
                 copier.add(from.cells[column.source]);
             else
@@ -601,7 +443,7 @@ private:
         double value = held;
         if (first && second && share > 0.0 && held - *second * source.scale < halfLapPercent)
             value += (*second * source.scale - held) * share;
-        writer.addRounded(value, maxDecimals - 1);
+        writer.addRounded(value, positionDecimals);
     }
 
     void writeHeader(const LapPlan &plan)

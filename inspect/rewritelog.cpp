@@ -18,7 +18,6 @@ namespace {
 constexpr qint64 maxFileBytes = qint64{1} << 56;          // sparse files can claim more
 constexpr qint64 keptRows = rewriteRate;                  // a channel that ends so much early keeps its last value
 constexpr std::size_t blockBytes = std::size_t{16} << 20; // of samples that are turned from columns into rows
-constexpr double halfLapPercent = 50.0;                   // a position that falls by more begins a lap
 constexpr qint64 maxRows = qint64{7} * 24 * 3600 * rewriteRate; // a week
 constexpr qint64 maxSamplesPerByte = 40; // of the file; 30 is what one sample per second comes to
 constexpr float timeTolerance = 0.01F;   // s, of a channel that is the time of the log
@@ -263,11 +262,7 @@ private:
                 writeRow(plan, cells, block, rowsOfBlock, row, row - begin, static_cast<double>(row) / rewriteRate);
             if (end == rowCount && closing) {
                 writeRow(plan, cells, block, rowsOfBlock, rowCount - 1, rowCount - 1 - begin, *closing);
-                job.summary.remarks.append(
-                    QStringLiteral("the last lap ends after the last row: a row at %1 s with the last "
-                                   "values is added, as the import takes a lap's time from the rows "
-                                   "after it")
-                        .arg(*closing, 0, 'f', 3));
+                job.summary.remarks.append(closingRemark(*closing));
             }
             progress.tell(static_cast<double>(end) / static_cast<double>(rowCount));
         }

@@ -122,6 +122,13 @@ void writeBeaconMarkers(ExportWriter &writer, const LapPlan &plan)
         writer.writeLine({"Beacon Markers", marks.join(u' ').toLatin1()});
 }
 
+QString closingRemark(double time)
+{
+    return QStringLiteral("the last lap ends after the last row: a row at %1 s with the last values is added, as the "
+                          "import takes a lap's time from the rows after it")
+        .arg(time, 0, 'f', 3);
+}
+
 void DrivingCells::add(ExportWriter &writer, LapRole role, double time)
 {
     constexpr int positionDecimals = 4; // a centimetre of ten kilometres

@@ -20,6 +20,9 @@ namespace Inspect {
 inline constexpr std::array drivingRoles{LapRole::Position, LapRole::LapNumber, LapRole::CurrentLapTime,
                                          LapRole::LastLapTime};
 
+/// A position that falls by more than this begins a lap; nothing lies between two such samples.
+inline constexpr double halfLapPercent = 50.0;
+
 /// A column of the source and the name that it is written under.
 struct WrittenColumn
 {
@@ -43,6 +46,9 @@ void describeOrigins(const LapPlan &plan, RewriteSummary *summary);
 
 /// A header row for the marks of @p plan; none where it has no laps.
 void writeBeaconMarkers(ExportWriter &writer, const LapPlan &plan);
+
+/// What is to be said of a row at @p time that closes the last lap, see LapPlan::closingTime.
+QString closingRemark(double time);
 
 /// The values of the driving channels that follow from the laps, as text. Those of a lap are made once.
 class DrivingCells

@@ -280,7 +280,13 @@ private Q_SLOTS:
         if (encoding != QStringConverter::Utf8)
             content = QStringEncoder(encoding, QStringConverter::Flag::WriteBom)(QString::fromUtf8(content));
 
-        const Laps bad = importedLaps(rewritten(content));
+        const auto bytesOf = [](const QString &path) {
+            QFile file(path);
+            return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        };
+        const QByteArray once = bytesOf(rewritten(content));
+        QCOMPARE(bytesOf(rewritten(once)), once);
+        const Laps bad = importedLaps(files.path(u"new.csv"_s));
         QCOMPARE(bad.front()->header().venueName, u"Mill Lane"_s);
         QCOMPARE(bad.size(), good.size());
         for (qsizetype i = 0; i < good.size(); ++i) {
