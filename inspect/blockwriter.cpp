@@ -1,6 +1,7 @@
 #include "inspect/blockwriter.h"
 
 #include <algorithm>
+#include <cerrno>
 
 namespace Inspect {
 
@@ -56,9 +57,11 @@ void BlockWriter::handOver()
     auto count = static_cast<qint64>(used);
     if (limit > 0)
         count = std::min(count, limit - writtenBytes);
+    errno = 0;
     if (!isBroken && device.write(buffer.data(), count) != count) {
         isBroken = true;
-        writeError = device.errorString(); // closing a file forgets it
+        // Not every device says what the system said, and closing one forgets it.
+        writeError = errno != 0 ? qt_error_string(errno) : device.errorString();
     }
     writtenBytes += count;
     used = 0;

@@ -355,18 +355,17 @@ bool LapPlan::takeMarks(const LapMarks &marks, bool isOfUser)
     }
     const QString range = QStringLiteral("%1 to %2 s").arg(secondsText(clues.firstTime), secondsText(clues.lastTime));
     if (outside > 0 && isOfUser)
-        throw RewriteError(QStringLiteral("%1 of %2 lie outside the rows, which last from %3")
+        throw RewriteError(QStringLiteral("%1 of %2 outside the rows, which last from %3")
                                .arg(counted(outside, QStringLiteral("mark")), marks.origin, range));
     if (outside > 0)
-        notes.append(QStringLiteral("%1 of %2 marks of %3 lie outside the rows, which last from %4; they are not used")
+        notes.append(QStringLiteral("not used, as they lie outside the rows, which last from %1: %2 of the %3 of %4")
+                         .arg(range)
                          .arg(outside)
-                         .arg(marks.seconds.size())
-                         .arg(marks.origin, range));
+                         .arg(counted(std::ssize(marks.seconds), QStringLiteral("mark")), marks.origin));
     if (tooClose > 0)
-        notes.append(QStringLiteral("%1 marks of %2 come less than %3 s after another; they are not used")
-                         .arg(tooClose)
-                         .arg(marks.origin)
-                         .arg(shortestPiece));
+        notes.append(QStringLiteral("not used, as they come less than %1 s after another: %2 of %3")
+                         .arg(shortestPiece)
+                         .arg(counted(tooClose, QStringLiteral("mark")), marks.origin));
     if (laps.size() == 1)
         return false;
     laps.front().isWhole = laps.front().isWhole || isStartMarked;

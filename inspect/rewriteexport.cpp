@@ -93,6 +93,7 @@ struct Shape
 {
     bool isQuoted = false;
     bool hasDecimalComma = false;
+    std::size_t timedRows = 0;
     double timeStep = 0.0;      // between two rows, by the time column; 0 where that does not tell
     std::vector<bool> hasValue; // of each column
 };
@@ -177,6 +178,7 @@ private:
         }
         if (titles.isEmpty())
             throw RewriteError(QStringLiteral("has no channel names before its rows"));
+        shape.timedRows = times.size();
         shape.timeStep = usualStep(times);
     }
 
@@ -222,8 +224,8 @@ private:
             throw RewriteError(QStringLiteral("its rows come %1 s apart, expected at most %2 s")
                                    .arg(1.0 / rate, 0, 'g', 4)
                                    .arg(1.0 / lowestRate));
-        if (timed == 0.0)
-            hasClock = false; // it stands, or there is one row only
+        if (timed == 0.0 && shape.timedRows != 1)
+            hasClock = false; // it stands
         chooseWay();
     }
 

@@ -28,6 +28,7 @@ class Spool
 public:
     explicit Spool(const QString &folder)
         : file(folder + QLatin1String("/orva-XXXXXX"))
+        , writer(file)
     {
         if (!file.open())
             throw RewriteError(
@@ -36,9 +37,15 @@ public:
 
     void add(const std::vector<float> &samples)
     {
-        const auto bytes = static_cast<qint64>(samples.size() * sizeof(float));
-        if (file.write(reinterpret_cast<const char *>(samples.data()), bytes) != bytes || !file.flush())
-            fail();
+        writer.write(
+            {reinterpret_cast<const char *>(samples.data()), static_cast<qsizetype>(samples.size() * sizeof(float))});
+    }
+
+    /// What is read from now on is all that has been added.
+    void finish()
+    {
+        if (!writer.flush() || !file.flush())
+            fail(writer.errorText());
     }
 
     /// The samples from @p index on, counted over all channels.
@@ -47,16 +54,17 @@ public:
         const auto bytes = static_cast<qint64>(samples.size_bytes());
         if (!file.seek(index * qint64{sizeof(float)}) ||
             file.read(reinterpret_cast<char *>(samples.data()), bytes) != bytes)
-            fail();
+            fail(file.errorString());
     }
 
 private:
-    [[noreturn]] void fail() const
+    [[noreturn]] void fail(const QString &why) const
     {
-        throw RewriteError(QStringLiteral("the temporary file %1 fails (%2)").arg(file.fileName(), file.errorString()));
+        throw RewriteError(QStringLiteral("the temporary file %1 fails (%2)").arg(file.fileName(), why));
     }
 
     QTemporaryFile file;
+    BlockWriter writer;
 };
 
 // A position at the common rate. Where it starts again nothing lies between two samples.
@@ -201,6 +209,7 @@ private:
             addColumn(std::move(samples), written[i].title, written[i].unit);
             progress.tell(static_cast<double>(i) / static_cast<double>(written.size()));
         }
+        spool.finish();
         // Rows get shorter as channels end, so those that end first come last.
         const auto begin = columns.begin() + (position.kind == DrivingSource::Kind::Channel ? 1 : 0);
         std::stable_sort(begin, columns.end(),
