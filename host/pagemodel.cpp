@@ -1,5 +1,6 @@
 #include "host/pagemodel.h"
 
+#include "host/failure.h"
 #include "host/logreader.h"
 #include "host/selection.h"
 #include "inspect/lapgrid.h"
@@ -19,7 +20,6 @@ using Inspect::LapCourse;
 using Inspect::LapRole;
 using Inspect::Signal;
 using Inspect::TimedLap;
-using KOV::SDK::Channel;
 using KOV::SDK::Lap;
 using KOV::SDK::LapHeader;
 
@@ -27,6 +27,7 @@ namespace Host {
 
 namespace {
 
+constexpr std::size_t maxLaps = 1000; // a page of 15 MB
 constexpr int minGridPoints = 1000;
 constexpr int maxGridPoints = 2000;
 constexpr int gridPointsOfAllLaps = 60000; // of long logs each lap gets fewer
@@ -77,15 +78,13 @@ TimedLap timedLap(const Lap &lap)
     return {&lap, hasTime ? std::optional(header.lapTime.msecsSinceStartOfDay()) : std::nullopt, header.completed};
 }
 
-// Numbers as the log counts, unless some of its laps share one; then indices. Of several logs the first is A.
-QString lapName(const Log &log, qsizetype letter, qsizetype lap, bool isOfSeveral)
+// Whether laps of @p log can be told apart by the numbers that the log counts.
+bool hasOwnNumbers(const Log &log)
 {
     QSet<qint32> numbers;
-    for (const auto &other : log.laps)
-        numbers.insert(other->header().lapNumber);
-    const bool isUnique = numbers.size() == log.laps.size();
-    const QString number = QString::number(isUnique ? log.laps[lap]->header().lapNumber : lap);
-    return (isOfSeveral ? logLetter(letter) : QStringLiteral("Lap")) + u' ' + number;
+    for (const auto &lap : log.laps)
+        numbers.insert(lap->header().lapNumber);
+    return numbers.size() == log.laps.size();
 }
 
 // How many digits after the point divide the range from @p lowest to @p highest finely enough for a chart.
@@ -160,17 +159,25 @@ void ModelBuilder::listLaps()
 {
     for (std::size_t i = 0; i < logs.size(); ++i) {
         const Log &log = logs[i];
+        const auto letter = static_cast<qsizetype>(i);
+        const bool byNumber = hasOwnNumbers(log);
         for (const qsizetype index : wishes.laps.empty() ? selectLaps(log, std::nullopt) : wishes.laps) {
             const Lap &lap = *log.laps[selectLap(log, index)];
+            const qsizetype number = byNumber ? lap.header().lapNumber : index;
             entries.push_back({&log, timedLap(lap), {}});
             PageLap pageLap;
-            pageLap.log = static_cast<qsizetype>(i);
+            pageLap.log = letter;
             pageLap.index = index;
-            pageLap.name = lapName(log, pageLap.log, index, logs.size() > 1);
+            pageLap.name =
+                (logs.size() > 1 ? logLetter(letter) : QStringLiteral("Lap")) + u' ' + QString::number(number);
             pageLap.isFinished = entries.back().isFinished();
             model.laps.push_back(std::move(pageLap));
         }
     }
+    if (entries.size() > maxLaps)
+        throw Failure(QStringLiteral("%1 laps are more than the %2 that one page can show; choose some by --laps")
+                          .arg(entries.size())
+                          .arg(maxLaps));
 }
 
 // The entry with the shortest lap time of those that count; an out lap only where there is no other.

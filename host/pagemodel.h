@@ -78,7 +78,8 @@ struct PageModel
 /// What the log with index @p log is called on a page of several: A to Z, AA and so on.
 QString logLetter(qsizetype log);
 
-/// Brings the laps of @p logs to one grid. Throws Failure where a log has no such lap, or none has such a channel.
+/// Brings the laps of @p logs to one grid. Throws Failure where a log has no such lap, none has such a
+/// channel, or there are more than 1,000 laps.
 PageModel pageModel(const std::vector<Log> &logs, const PageWishes &wishes);
 
 } // namespace Host
