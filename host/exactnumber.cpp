@@ -56,8 +56,8 @@ char *writeShortDecimal(char *first, double value)
         *next++ = '-';
     const std::uint64_t thousandths = scaled / perThree;
     next = std::to_chars(next, first + maxNumberLength, static_cast<std::uint32_t>(thousandths / perThree)).ptr;
-    const Digits &upper = threeDigits[thousandths % perThree];
-    const Digits &lower = threeDigits[scaled % perThree];
+    const Digits &upper = threeDigits[static_cast<std::size_t>(thousandths % perThree)];
+    const Digits &lower = threeDigits[static_cast<std::size_t>(scaled % perThree)];
     if (upper.length + lower.length == 0)
         return next;
     *next++ = '.';

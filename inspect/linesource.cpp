@@ -67,7 +67,7 @@ bool LineSource::readBlock()
         begin = 0;
     }
     if (wideDecoder) {
-        const qint64 count = file.read(wideBlock.data(), wideBlock.size());
+        const auto count = static_cast<qsizetype>(file.read(wideBlock.data(), wideBlock.size()));
         isAtEnd = count <= 0;
         if (isAtEnd)
             return false;

@@ -30,7 +30,7 @@ void Channel::resize(long long count)
 
 void Channel::popFront(long long count)
 {
-    values.erase(values.begin(), values.begin() + count);
+    values.erase(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(count));
 }
 
 void Channel::shrinkToFit()
