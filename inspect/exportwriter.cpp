@@ -143,6 +143,8 @@ void ExportWriter::endRow()
 {
     if (at != rowStart)
         --at; // no comma after the last cell
+    if (at == rowStart)
+        *at++ = '0'; // the import drops empty lines, and reads an empty cell as 0
     at = std::copy(shape.lineEnd.begin(), shape.lineEnd.end(), at);
     file.commit(at);
 }

@@ -55,6 +55,7 @@ public:
     /// The value to @p decimals (at most 9) with trailing zeros dropped; the shortest text where it is too large for
     /// that.
     void addRounded(double value, int decimals);
+    /// Ends the row. One of a single empty cell gets a 0 in it.
     void endRow();
 
     /// Room to count for a number: digits, sign and decimal sign of any double.

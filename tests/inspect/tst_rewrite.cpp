@@ -18,6 +18,7 @@
 #include <bit>
 #include <cmath>
 #include <functional>
+#include <random>
 
 using namespace Inspect;
 using namespace Qt::StringLiterals;
@@ -399,6 +400,44 @@ private Q_SLOTS:
         }
         QCOMPARE(text, error);
         QCOMPARE(QDir(folder.path({})).entryList(QDir::Files | QDir::Hidden), QStringList(u"log"_s));
+    }
+
+    // Whatever a log holds, it is refused in words, or the import reads every row of what it becomes.
+    void damaged()
+    {
+        std::mt19937 random(2);
+        const auto below = [&random](qsizetype bound) { return static_cast<qsizetype>(random()) % bound; };
+        const QByteArray text = drive(rate60 + "\n\"Range\",\"Lap 7\"\n\"Beacon Markers\",\"0.1 1.5\"",
+                                      {counter, position, lastTime}, 20, 2.0);
+        const QByteArray binary =
+            LdWriter::log({channel("lap", {1, 1, 2, 2, 2, 3}, {}, 2), channel("Time", {0, 1, 2}, "s", 1),
+                           channel("Car Pos Norm", {0, 50, 99, 0, 60, 99, 5}, {}, 3, 2)});
+        const QByteArray characters("0123456789.,\"\"\n\r -eE\xff\0", 22);
+        int readable = 0;
+        for (int i = 0; i < 300; ++i) {
+            const bool isBinary = i % 3 == 0;
+            QByteArray content = isBinary ? binary : text;
+            for (qsizetype changes = below(20); changes > 0 && !content.isEmpty(); --changes) {
+                const qsizetype at =
+                    below(isBinary || below(2) > 0 ? content.size() : std::min<qsizetype>(content.size(), 300));
+                const auto byte = isBinary ? static_cast<char>(below(256)) : characters[below(characters.size())];
+                if (below(3) > 0 || isBinary)
+                    content[at] = byte;
+                else
+                    content.replace(at, below(20), content.mid(below(content.size()), below(20)));
+            }
+            try {
+                const Laps laps = importedLaps(rewritten(content, {}, {}, isBinary));
+                long long rows = 0;
+                for (const auto &lap : laps)
+                    rows += lap->size();
+                QCOMPARE(rows, summary.rows);
+                ++readable;
+            } catch (const RewriteError &refusal) {
+                QVERIFY(!refusal.text().isEmpty());
+            }
+        }
+        QVERIFY(readable > 100);
     }
 
     // Nothing that is there is lost without a word, and never the source or its sidecar.
