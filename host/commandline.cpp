@@ -67,8 +67,9 @@ void declareProgram(CLI::App &app)
     app.formatter(std::make_shared<HelpFormatter>());
     app.set_help_flag("-h,--help", "Print this help and exit");
     app.set_version_flag("--version", "orva-host " ORVA_VERSION, "Print the version and exit");
-    app.require_subcommand(
-        1); // also keeps a log that is named like a command from ending the first command's arguments
+    app.allow_windows_style_options(false); // a path may begin with a slash on any system
+    // Also keeps a log that is named like a command from ending the arguments of the first command.
+    app.require_subcommand(1);
     app.footer("Without a command, the laps are listed. \"orva-host COMMAND --help\" explains a\n"
                "command.\n"
                "\n"
@@ -87,11 +88,22 @@ void declareCommand(CLI::App &app, Command &command)
     command.declare(*sub);
 }
 
-// The parser takes "[a,b]" for a list of arguments, although a file may be called so.
-QString guardedPath(const QString &word)
+// @p words as the parser takes them rightly. It would read "[a,b]" as a list of arguments and "++" as the end of a
+// command, although files may be called so, and after "--" it takes no more arguments than it needs.
+QStringList guardedWords(const QStringList &words)
 {
-    const bool isPath = word.startsWith(u'[') && word.endsWith(u']') && QFileInfo::exists(word);
-    return isPath ? QLatin1String("./") + word : word;
+    QStringList guarded;
+    bool isAfterOptions = false;
+    for (const QString &word : words) {
+        const bool isSpecial = (word.startsWith(u'[') && word.endsWith(u']')) || word == QLatin1String("++");
+        if (!isAfterOptions && word == QLatin1String("--"))
+            isAfterOptions = true;
+        else if ((isAfterOptions && word.startsWith(u'-')) || (isSpecial && QFileInfo::exists(word)))
+            guarded.append(QLatin1String("./") + word);
+        else
+            guarded.append(word);
+    }
+    return guarded;
 }
 
 [[noreturn]] void refuse(const QString &text, const QString &command = {})
@@ -145,8 +157,8 @@ Command *readCommandLine(const QStringList &arguments, const CommandList &comman
 
     try {
         std::vector<std::string> reversed; // as the parser wants them
-        std::transform(words.crbegin(), words.crend(), std::back_inserter(reversed),
-                       [](const QString &word) { return guardedPath(word).toStdString(); });
+        for (const QString &word : guardedWords(words))
+            reversed.insert(reversed.begin(), word.toStdString());
         app.parse(std::move(reversed));
     } catch (const CLI::CallForHelp &) {
         for (CLI::App *parsed : app.get_subcommands())

@@ -202,14 +202,14 @@ void printLapsJson(const char *command, const Log &log, const std::vector<qsizet
     json.end();
 }
 
-void printSetupJson(const Log &log, qsizetype lap, Output &output)
+void printSetupJson(const QString &path, const DynamicData &values, Output &output)
 {
     JsonWriter json(output);
     json.startObject();
     json.member("command", QLatin1String("setup"));
-    json.member("file", log.path);
+    json.member("file", path);
     json.key("setup");
-    writeDynamicData(log.laps[lap]->header().dynamicData, json);
+    writeDynamicData(values, json);
     json.endObject();
     json.end();
 }

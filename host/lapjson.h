@@ -3,6 +3,8 @@
 // Laps as JSON for other programs. The members: docs/json.md and orva-host.schema.json, which change together with
 // this.
 
+#include "sdk/dynamicdata.h"
+
 #include <QtCore/QStringList>
 
 #include <vector>
@@ -24,7 +26,7 @@ enum class JsonDetail
 void printLapsJson(const char *command, const Log &log, const std::vector<qsizetype> &laps, JsonDetail detail,
                    const QStringList &names, Output &output);
 
-/// One object on a line of its own: the setup values of the lap with the index @p lap.
-void printSetupJson(const Log &log, qsizetype lap, Output &output);
+/// One object on a line of its own: the setup values @p values of the log at @p path.
+void printSetupJson(const QString &path, const KOV::SDK::DynamicData &values, Output &output);
 
 } // namespace Host

@@ -99,9 +99,8 @@ void printChannels(const Log &log, qsizetype index, Output &output)
     table.print(output);
 }
 
-void printSetup(const Log &log, qsizetype lap, Output &output)
+void printSetup(const KOV::SDK::DynamicData &values, Output &output)
 {
-    const auto &values = log.laps[lap]->header().dynamicData;
     if (values.isEmpty())
         return;
     TextTable table({{QStringLiteral("Name")}, {QStringLiteral("Value")}, {QStringLiteral("Unit")}});

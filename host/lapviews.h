@@ -2,7 +2,7 @@
 
 // Laps for people: the table of laps, the channels of a lap, the setup values. For programs: valuetable.h, lapjson.h.
 
-#include <QtCore/QtGlobal>
+#include "sdk/dynamicdata.h"
 
 #include <vector>
 
@@ -17,7 +17,7 @@ void printLaps(const Log &log, const std::vector<qsizetype> &laps, Output &outpu
 /// The lap with the index @p lap and a row for each of its channels.
 void printChannels(const Log &log, qsizetype lap, Output &output);
 
-/// A row for each setup value of the lap with the index @p lap, by name. Nothing at all where there are none.
-void printSetup(const Log &log, qsizetype lap, Output &output);
+/// A row for each of the setup values @p values, by name. Nothing at all if there are none.
+void printSetup(const KOV::SDK::DynamicData &values, Output &output);
 
 } // namespace Host

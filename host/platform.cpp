@@ -5,6 +5,7 @@
 
 #ifdef Q_OS_WIN
 #include <cstdio>
+#include <fcntl.h>
 #include <io.h>
 #else
 #include <cerrno>
@@ -17,7 +18,10 @@ namespace Host {
 
 #ifdef Q_OS_WIN
 
-void holdStandardStreams() {}
+void holdStandardStreams()
+{
+    (void)_setmode(_fileno(stdout), _O_BINARY); // line feeds on every system
+}
 
 void ignoreBrokenPipes() {}
 

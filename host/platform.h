@@ -6,8 +6,8 @@
 
 namespace Host {
 
-/// Fills the place of each standard stream that the caller has closed, so that no file opened later takes it: the
-/// result would be written into that file. Writing to such a place fails.
+/// Prepares standard output and error. Fills the place of each stream that the caller has closed, so that no file
+/// opened later takes it: the result would be written into that file. Writing to such a place fails.
 void holdStandardStreams();
 
 /// Makes a reader that goes away a write error like any other.

@@ -7,7 +7,6 @@
 #include "host/logreader.h"
 #include "host/output.h"
 #include "host/remarks.h"
-#include "host/selection.h"
 #include "ld/ldx.h"
 
 namespace Host {
@@ -34,20 +33,39 @@ public:
     {
         const LogReader reader(import.pluginPath);
         return forEachLog(logs, output, [&](const QString &path) {
-            const Log log = reader.read(path);
-            const qsizetype lap = usualLap(log.laps); // the values are those of the whole log
-            const ExitStatus status = printRemarks(log, logs, import);
-            if (!logs.isQuiet && log.laps[lap]->header().dynamicData.isEmpty())
-                printError(QStringLiteral("%1: no setup values, expected them in %2").arg(path, sidecarPath(path)));
-            if (logs.isJson)
-                printSetupJson(log, lap, output);
-            else
-                printSetup(log, lap, output);
-            return status;
+            try {
+                const Log log = reader.read(path);
+                const ExitStatus status = printRemarks(log, logs, import);
+                print(path, log.laps[usualLap(log.laps)]->header().dynamicData, output); // of all laps the same
+                return status;
+            } catch (const NoLaps &failure) {
+                const ExitStatus status = printRemark(failure.text(), logs, import);
+                print(path, sidecarValues(path), output);
+                return status;
+            }
         });
     }
 
 private:
+    static KOV::SDK::DynamicData sidecarValues(const QString &path)
+    {
+        KOV::SDK::DynamicData values;
+        const auto items = loadValues(sidecarPath(path));
+        for (auto item = items.cbegin(); item != items.cend(); ++item)
+            values.setValue(item.key(), item.value());
+        return values;
+    }
+
+    void print(const QString &path, const KOV::SDK::DynamicData &values, Output &output) const
+    {
+        if (!logs.isQuiet && values.isEmpty())
+            printError(QStringLiteral("%1: no setup values, expected them in %2").arg(path, sidecarPath(path)));
+        if (logs.isJson)
+            printSetupJson(path, values, output);
+        else
+            printSetup(values, output);
+    }
+
     LogArguments logs;
     ImportArguments import;
 };

@@ -105,6 +105,7 @@ private Q_SLOTS:
         using LdWriter::channel;
         files.write(u"rates"_s, LdWriter::log({channel("Fast", {1, 2, 3, 4}, "m", 3), channel("Slow", {10, 20}, {}, 2),
                                                channel("Whole", {5}, {}, 0), channel("fast", {7}, {}, 4)}));
+        files.write(u"rates.ldx"_s, "<x><i Id='Wing' Value='P4'/></x>");
         files.write(u"binary.ldx"_s, "<x><i Id='Wing' Value='P4'/></x>");
         QCOMPARE(mkfifo(QFile::encodeName(files.path(u"pipe"_s)).constData(), 0600), 0);
     }
@@ -120,6 +121,7 @@ private Q_SLOTS:
         row("values of the usual lap", "values @log.csv", 0,
             "log.csv: values of the lap with index 1; --lap selects another\n");
         row("no log", "", 2, "no log given");
+        row("log after --", "setup -- -x", 1, "orva-host: ./-x: no such file\n");
         row("no log for a command", "laps -q", 2, "no log given (see orva-host laps --help)");
         row("command after an option", "-q laps @log.csv", 2, "\"laps\" is a command and comes first");
         row("unknown option", "--frob @log.csv", 2, "unknown option --frob (see orva-host laps --help)");
