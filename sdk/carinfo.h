@@ -35,13 +35,13 @@ ORVA_EXPORT QDataStream &operator<<(QDataStream &stream, const CarInfo &car);
 /// Reads what operator<< wrote and overwrites all nine members; the rest of a Sample stays as it was.
 ///
 /// Other keys are ignored, and the later of two equal keys counts. Values go through QVariant's conversions. A member
-/// without a value becomes null, false or 0 (CarStatus::NotConnected), whatever it was before; at an error of the
-/// stream all nine do, and only the stream's status tells.
+/// without a value becomes null, false or 0 (CarStatus::NotConnected), whatever it was before. After an error of the
+/// stream that holds for all nine, and only the stream's status says so.
 ///
-/// The stream need not be trusted: it may come from a file or another program. Its values are those that Qt reads, save
-/// that a time in a time zone is no value. A value whose length the stream does not tell (a user's own type, one of
-/// QtGui) is an error, ReadCorruptData, and so is nesting of more than 32 lists and maps. What operator<< writes reads
-/// back in every version.
+/// The stream need not be trusted: it may come from a file or another program. Values are read as Qt reads them, except
+/// that a time in a time zone counts as missing. A value whose length cannot be told from the stream (a user's own
+/// type, one of QtGui) is an error, ReadCorruptData, and so is nesting of more than 32 lists and maps. What operator<<
+/// writes reads back in every version.
 ORVA_EXPORT QDataStream &operator>>(QDataStream &stream, CarInfo &car);
 
 } // namespace KOV::SDK

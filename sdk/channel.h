@@ -33,7 +33,7 @@ public:
 
     double value(long long index) const { return values[static_cast<std::size_t>(index)]; }
     void setValue(long long index, double value) { values[static_cast<std::size_t>(index)] = value; }
-    /// Whether the sample at @p index is a value, that is strictly below invalidThreshold; NaN is none.
+    /// Whether the sample at @p index is a value, that is strictly below invalidThreshold; NaN is not.
     bool isValid(long long index) const { return value(index) < invalidThreshold; }
     /// All samples; the view lives until the channel is next changed or destroyed.
     std::span<const double> samples() const { return values; }
@@ -46,11 +46,11 @@ public:
 
     long long size() const { return static_cast<long long>(values.size()); }
     bool isEmpty() const { return values.empty(); }
-    /// Number of samples that there is room for.
+    /// The number of samples that fit without another allocation.
     long long capacity() const { return static_cast<long long>(values.capacity()); }
-    /// Makes room for exactly @p count samples in all, unless there is room already.
+    /// Sets the capacity to exactly @p count samples, unless it is that large already.
     void reserve(long long count);
-    /// Cuts the tail off, or extends with 0.0 (which is a valid sample), to @p count samples.
+    /// Cuts or extends the channel to @p count samples. New ones are 0.0, which is a valid sample.
     void resize(long long count);
     /// Removes the last sample; the channel must not be empty.
     void popBack() { values.pop_back(); }
@@ -58,7 +58,7 @@ public:
     void popFront() { values.erase(values.begin()); }
     /// Removes the first @p count samples at once; @p count is at most size().
     void popFront(long long count);
-    /// Gives back the room that no sample takes.
+    /// Frees the capacity that no sample uses.
     void shrinkToFit();
 
     /// Null until it is set.

@@ -35,7 +35,7 @@ void ChannelUtils::normalizeChannelBeginning(Channel *channel, const Channel *re
         const double next = channel->value(i + 1);
         if (!(value > next) && !isZero(value))
             continue;
-        // Tested by sign and not by a flag: an anchor that is negative gives way to the next candidate.
+        // Tested by sign and not by a flag: a negative anchor is replaced at the next broken sample.
         if (anchorValue < 0.0) {
             anchorValue = next;
             anchorReference = reference->value(i + 1);

@@ -1,6 +1,6 @@
 #pragma once
 
-// The signal hub through which a plug-in speaks to its host. Who owns one: plugin/plugininterfaceimport.h.
+// The signal hub through which a plug-in reports to its host. Its owner: plugin/plugininterfaceimport.h.
 
 #include "orva_export.h"
 #include "sdk/lap.h"
@@ -18,8 +18,8 @@ namespace KOV::SDK {
 
 /// Carries signals from a plug-in to whoever connects; holds nothing and checks nothing.
 ///
-/// Signals are emitted on the thread that has something to say; delivery follows the kind of connection. A queued one
-/// copies the arguments, but a lap goes by shared pointer: sender and receivers then hold one lap between them.
+/// Signals are emitted on the sender's thread; delivery depends on the kind of connection. A queued connection copies
+/// the arguments, but a lap is passed by shared pointer: sender and receivers then share one lap.
 /// A file import sends messages only; the other signals are for plug-ins that follow a running session.
 class ORVA_EXPORT DataEmitter : public QObject
 {

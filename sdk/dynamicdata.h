@@ -18,9 +18,9 @@ class DynamicDataRange;
 class ORVA_EXPORT DynamicData
 {
 public:
-    /// A copy of the entry, or an invalid Value with a null unit when there is none.
+    /// A copy of the entry, or an invalid Value with a null unit if there is no such entry.
     Value value(const QString &name) const;
-    /// Whether there is an entry, be its value valid or not.
+    /// Whether there is such an entry, even with an invalid value.
     bool containsValue(const QString &name) const;
     /// Inserts the entry or replaces its value, unit included.
     void setValue(QString name, Value value);

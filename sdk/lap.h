@@ -18,8 +18,8 @@ namespace KOV::SDK {
 /// ones are derived from others.
 ///
 /// A lap shares its channels and never copies samples: a copied lap holds the same Channel objects. All recorded
-/// channels are equally long; addSample sees to that, and whoever uses addChannel answers for it.
-/// Filled by one thread and handed over when finished: nothing is synchronised.
+/// channels have one length: addSample ensures that, and callers of addChannel have to.
+/// Not synchronised: filled by one thread, and handed over when finished.
 class ORVA_EXPORT Lap
 {
 public:
@@ -30,9 +30,9 @@ public:
     ///
     /// The first row makes the channels, units included. Later, a channel that the row lacks gets invalidValue, and a
     /// name that is new gets a channel whose earlier samples are invalidValue; a known channel keeps its first unit.
-    /// Values go through QVariant::toDouble, so what is no number arrives as 0.0. The usual row, with the names of the
-    /// row before, costs one look-up and one append a channel. A row must hold valid variants only: an invalid one
-    /// begins a new channel with 0.0 and leaves a known one a sample short, and so at odds with the lap's others.
+    /// Values go through QVariant::toDouble, so what is not a number becomes 0.0. The usual row, with the names of the
+    /// row before, costs one look-up and one append per channel. A row must hold valid variants only: an invalid one
+    /// begins a new channel with 0.0, and leaves a known one a sample shorter than the lap's others.
     /// At most 2^31 - 1 rows.
     void addSample(const Sample &sample);
 
@@ -52,11 +52,11 @@ public:
     QList<QString> getAvailableRecordedChannels() const;
     QList<QString> getAvailableCalculatedChannels() const;
 
-    /// Number of samples: the length of any recorded channel, or of any calculated one where none is recorded.
+    /// Number of samples: the length of any recorded channel, or of any calculated one if there are no recorded ones.
     long long size() const;
-    /// Whether there is no channel; a lap with channels of length 0 is not empty.
+    /// Whether the lap has no channels; a lap with channels of length 0 is not empty.
     bool isEmpty() const { return recordedChannels.empty() && calculatedChannels.empty(); }
-    /// Lets go of all channels and of the header's dynamicData; the rest of the header stays for the next lap.
+    /// Drops all channels and the header's dynamicData. The rest of the header stays for the next lap.
     void clear();
 
 private:

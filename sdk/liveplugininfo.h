@@ -24,9 +24,9 @@ ORVA_EXPORT QDataStream &operator<<(QDataStream &stream, const LivePluginInfo &i
 
 /// Reads what operator<< wrote and replaces all that @p info held.
 ///
-/// A count of 0 or below gives no cars. The count is otherwise not trusted: at the first error of the stream reading
-/// ends, with the cars before it, and only the stream's status tells. See operator>> of CarInfo for what is an error.
-/// A car takes at least 4 bytes of the stream and some 180 of memory.
+/// A count of 0 or below gives no cars. The count is otherwise not trusted: reading ends at the first error of the
+/// stream, with the cars before it, and only the stream's status says so. See operator>> of CarInfo for what is an
+/// error. A car occupies at least 4 bytes of the stream and some 180 bytes of memory.
 ORVA_EXPORT QDataStream &operator>>(QDataStream &stream, LivePluginInfo &info);
 
 } // namespace KOV::SDK

@@ -1,6 +1,6 @@
 #pragma once
 
-// The hash map from names to things behind laps and DynamicData.
+// The hash map from names that laps and DynamicData are made of.
 
 #include <QtCore/QHash>
 #include <QtCore/QString>
@@ -10,8 +10,8 @@
 
 namespace KOV::SDK {
 
-/// Names come out of files: a seed of the process's own keeps a file from choosing names that all collide. A map keeps
-/// the seed that it began with, as the process may be given another.
+/// Names come out of files: with the process's own random seed, no file can choose names that all collide. A map
+/// keeps the seed that it began with, as the process may be given another one.
 struct NameHash
 {
     // Not noexcept, since libstdc++ then keeps each name's hash beside it: growing and copying a map need not hash

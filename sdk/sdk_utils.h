@@ -15,20 +15,21 @@ namespace KOV::SDK {
 /// -infinity does. Thread-safe.
 ORVA_EXPORT bool isValidValue(double value);
 
-/// The English display text of @p session; "Unknown session" for a number that is none of the enumeration's.
+/// The English display text of @p session; "Unknown session" for a number outside the enumeration.
 /// The texts are for people: getSessionFromString (ld/ldx.h) reads another vocabulary. Thread-safe.
 ORVA_EXPORT QString sessionName(Session session);
 
-/// The English display text of @p status; a null string for a number that is none of the enumeration's. Thread-safe.
+/// The English display text of @p status; a null string for a number outside the enumeration. Thread-safe.
 ORVA_EXPORT QString carStatusToString(CarStatus status);
 
 /// The absolute path of a file in @p directory that is not there yet: "base.suffix", or else the first free one of
 /// "base_1.suffix", "base_2.suffix" and so on.
 ///
 /// The base is the last component of @p fileName up to its first dot, the suffix what follows its last dot; the dot
-/// between them is always written. Taken are the directory's visible files with a dot in their names, compared case by
-/// case on every file system. Creates and reserves nothing: until the caller makes the file, another may take the name.
-/// A directory that is missing or cannot be read counts as empty. Thread-safe. Lists the directory once.
+/// between them is always written. Only the directory's visible files with a dot in their names count as being there;
+/// names are compared case-sensitively on every file system. Creates and reserves nothing: another program may use the
+/// name before the caller does. A directory that is missing or cannot be read counts as empty. Thread-safe. Lists the
+/// directory once.
 ORVA_EXPORT QString generateUniqueFileName(const QDir &directory, const QString &fileName);
 
 } // namespace KOV::SDK

@@ -6,7 +6,7 @@
 
 namespace KOV::SDK {
 
-/// Says that there is a session, and nothing about it.
+/// Says that there is a session, and nothing more.
 class ORVA_EXPORT SessionInfo
 {
 public:

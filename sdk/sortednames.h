@@ -1,6 +1,6 @@
 #pragma once
 
-// Internal: the one ordering behind every list of names that the model hands out.
+// Internal: the order of every list of names that the model returns.
 
 #include <QtCore/QList>
 #include <QtCore/QString>

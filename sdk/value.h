@@ -9,7 +9,7 @@
 
 namespace KOV::SDK {
 
-/// A QVariant with a unit text. A default-built one is invalid and has a null unit, which stands for "no such value".
+/// A QVariant with a unit text. A default-built one is invalid and has a null unit, which means "no such value".
 class ORVA_EXPORT Value : public QVariant
 {
 public:
@@ -20,7 +20,7 @@ public:
     void setUnit(QString unit);
 
     /// Equal units (null equals empty) and then equal variants by QVariant's rules. Values in different units are never
-    /// equal, whatever they hold: nothing is converted.
+    /// equal: nothing is converted.
     bool operator==(const Value &other) const;
     bool operator!=(const Value &other) const { return !(*this == other); }
 

@@ -47,7 +47,7 @@ quint32 typeOfQt4(quint32 type)
     return type >= secondBlock ? type - distance : type;
 }
 
-/// The number that says on a stream in @p version that the type's name follows.
+/// The type number that is followed by the type's name, on a stream in @p version.
 quint32 namedType(int version)
 {
     constexpr quint32 ofQt4 = 127;
@@ -70,7 +70,7 @@ T read(QDataStream &stream)
     return item;
 }
 
-/// Reads a count and calls @p readItem so often, or until the stream has an error. A count alone reserves nothing.
+/// Reads a count and calls @p readItem that many times, or until the stream has an error. Reserves nothing.
 template <typename ReadItem>
 void readItems(QDataStream &stream, ReadItem readItem)
 {
@@ -94,7 +94,7 @@ void skipBitArray(QDataStream &stream)
     }
 }
 
-/// Qt would take a pointer to a function from the stream.
+/// Qt would read a pointer to a function from the stream, and use it.
 void skipEasingCurve(QDataStream &stream)
 {
     read<quint8>(stream);  // its kind
@@ -170,7 +170,8 @@ QVariant readJsonValue(QDataStream &stream)
 QVariant readCborValue(QDataStream &stream)
 {
     const auto bytes = read<QByteArray>(stream);
-    // The top three bits of the first byte tell what follows. What holds others could take a hundred times its size.
+    // The top three bits of the first byte say what follows. Arrays, maps and tags could take a hundred times their
+    // size in memory, and convert to nothing.
     constexpr int arrays = 4;
     constexpr int tags = 6;
     const int kind = bytes.isEmpty() ? arrays : static_cast<unsigned char>(bytes.front()) >> 5;
@@ -188,7 +189,7 @@ QVariant readValue(QDataStream &stream, int depth)
     quint32 type = number;
     if (version < QDataStream::Qt_4_0)
         type = typeOfQt3(number);
-    else if (number == namedType(version)) // so went what Qt Core has added since
+    else if (number == namedType(version)) // what Qt Core has added since goes by name
         type = typeOfName(read<QByteArray>(stream));
     else if (version < QDataStream::Qt_5_0)
         type = typeOfQt4(number);

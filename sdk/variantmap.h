@@ -12,16 +12,16 @@ namespace KOV::SDK {
 
 /// Reads a QMap<QString, QVariant> as QDataStream writes one, in the stream's version and byte order.
 ///
-/// A stream may come from a file that a host stored years ago, in a version of that time, or over a network from a
-/// program that nobody vouches for. Qt's own reader would then read any registered type, reserve whatever length a list
-/// claims, call itself for every level of a nested list, use pointers and open files that the stream names.
+/// A stream may come from a file that a host stored years ago, in the version of that time, or over a network from an
+/// unknown program. Qt's own reader trusts it: it reads any registered type, reserves whatever length a list claims,
+/// recurses for every level of a nested list, uses pointers and opens files that the stream names.
 ///
-/// The values convert to texts, numbers and booleans as those that Qt reads do. What converts to none of them is read
-/// past and becomes an invalid QVariant; so does a time in a time zone, whose name Qt takes for that of a file. A type
-/// whose length the stream does not tell, such as a user's own or one of QtGui, and lists and maps nested more than 32
-/// deep end the reading with QDataStream::ReadCorruptData.
+/// The values convert to texts, numbers and booleans as those that Qt reads do. A value that converts to none of these
+/// is skipped and becomes an invalid QVariant. So does a time in a time zone, as Qt opens a file by the zone's name. A
+/// type whose length cannot be told from the stream, such as a user's own or one of QtGui, ends the reading with
+/// QDataStream::ReadCorruptData; so do lists and maps nested more than 32 deep.
 ///
-/// Empty at an error of the stream. An error from before does not stop the reading, and stays.
+/// Empty after an error of the stream. An earlier error does not prevent the reading, and stays.
 QMap<QString, QVariant> readVariantMap(QDataStream &stream);
 
 } // namespace KOV::SDK

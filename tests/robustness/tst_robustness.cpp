@@ -1,4 +1,4 @@
-// Files that misbehave: cut off, no files at all, or made to cost more than they should (docs/limits.md).
+// Damaged and hostile files: cut off, not regular, or made to cost more than they should (docs/limits.md).
 
 #include "../ld/ldwriter.h"
 #include "csv/linereader.h"
@@ -26,7 +26,7 @@ Laps importCsv(const QString &path)
     return ORVAReader(nullptr).importLaps(path);
 }
 
-/// Lets the process have @p bytes more than it has now, or all that there are. What goes beyond ends the test.
+/// Limits the process to @p bytes more than it has now, or removes the limit. An allocation beyond it ends the test.
 void limitMemory(std::optional<qint64> bytes)
 {
     rlimit limit{};
@@ -74,11 +74,11 @@ QStringList linesOf(QIODevice &device)
 }
 
 /// Many times a number between two texts.
-QByteArray numbered(const char *before, int count, const char *behind)
+QByteArray numbered(const char *before, int count, const char *after)
 {
     QByteArray text;
     for (int i = 0; i < count; ++i)
-        text += before + QByteArray::number(i) + behind;
+        text += before + QByteArray::number(i) + after;
     return text;
 }
 
@@ -154,7 +154,7 @@ private Q_SLOTS:
         QCOMPARE(channelCount, 2U);
     }
 
-    // Readers must go by what they get and not by what they were told.
+    // Readers must rely on what they read, not on sizes that they were told before.
     void growsAndShrinks()
     {
         QFile log(files.write(u"log.ld"_s, smallLd));
@@ -171,7 +171,7 @@ private Q_SLOTS:
         QVERIFY(text.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
         Csv::LineReader lines(&text);
         qsizetype count = 0;
-        for (const qint64 size : {qint64{4096}, mebibyte}) { // the second time with NULs behind
+        for (const qint64 size : {qint64{4096}, mebibyte}) { // the second time with NULs after them
             QVERIFY(lines.next() == (count == 0) && text.resize(size));
             while (lines.next())
                 ++count;
@@ -194,7 +194,7 @@ private Q_SLOTS:
         row("data row of 32 MiB of digits", preamble + QByteArray(32 * mebibyte, '1'), 1, base, 8);
         row("data row of quotes", preamble + QByteArray(9 * mebibyte + 1, '"'), 1, base, 8);
         const QByteArray digits = '"' + QByteArray(4600, '1') + "x,";
-        row("runs of digits behind a quote", preamble + digits.repeated(1000), 1, base, 8);
+        row("runs of digits after a quote", preamble + digits.repeated(1000), 1, base, 8);
         row("empty rows", preamble + QByteArray(10 * mebibyte, '\n'), 1, base, 0);
         row("rows of one, two and three fields", preamble + "9,1\n9\n9,1,2\n"_ba.repeated(100000), 1, base, 8);
 
@@ -217,7 +217,7 @@ private Q_SLOTS:
         QTEST(static_cast<int>(importCsv(path).size()), "lapCount");
     }
 
-    // A file that claims to be long: neither its rows nor its last line may be taken at its word.
+    // A file whose size claims much: room for its rows or its last line must not follow that size.
     void costOfSparseText()
     {
         QFile file(files.write(u"sparse.csv"_s, "\nLap Dist Pct\n\n\n1\n2\n"));

@@ -28,7 +28,7 @@ class TestThreads : public QObject
     }
 
 private Q_SLOTS:
-    // First of all, since some things are set up once a process: the plain way, Qt's conversions.
+    // The first test, since some things are set up once per process: the reference path, Qt's conversions.
     void sideBySide()
     {
         const Files files;

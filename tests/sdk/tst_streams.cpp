@@ -172,7 +172,7 @@ private Q_SLOTS:
         }
     }
 
-    // Qt takes a zone's name for that of a file.
+    // Qt opens a file by the zone's name.
     void timesInZonesAreNoValues()
     {
         const QDate date(2020, 2, 29);
