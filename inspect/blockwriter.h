@@ -14,9 +14,9 @@ namespace Inspect {
 class BlockWriter
 {
 public:
-    /// Writes to @p device, which is open, unbuffered if it is a file, and outlives the writer. What lies beyond
+    /// Writes to @p target, which is open, unbuffered if it is a file, and outlives the writer. What lies beyond
     /// @p limitBytes is dropped, unless that is 0.
-    explicit BlockWriter(QIODevice &device, qint64 limitBytes = 0);
+    explicit BlockWriter(QIODevice &target, qint64 limitBytes = 0);
 
     /// Room for @p count bytes, valid until the next call. They count as written once commit() has told how many.
     [[nodiscard]] char *room(std::size_t count);
