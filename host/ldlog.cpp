@@ -29,15 +29,15 @@ QString whyNoLaps(const QString &path, const LdLoadReport &report)
     case Obstacle::NoReadableChannels:
         return QStringLiteral("it has no channels of a readable kind (16 or 32 bit integers with a sample rate)");
     case Obstacle::MissingChannel:
+        if (report.leftOut.contains(report.drivingChannel))
+            return QStringLiteral("the declared sample count of its \"%1\" channel is %2")
+                .arg(report.drivingChannel, implausibleFor(path));
         return QStringLiteral("it has no \"%1\" channel").arg(report.drivingChannel);
     case Obstacle::ShortChannel:
         return QStringLiteral("its \"%1\" channel has too few samples (at least %2 needed at %3 per second)")
             .arg(report.drivingChannel)
             .arg(ldMinSamples)
             .arg(ldCommonRate);
-    case Obstacle::ImplausibleChannel:
-        return QStringLiteral("the declared sample count of its \"%1\" channel is %2")
-            .arg(report.drivingChannel, implausibleFor(path));
     case Obstacle::TooManyLaps:
         return QStringLiteral("its \"lap\" channel gives a number of laps that is ") + implausibleFor(path);
     case Obstacle::None:
@@ -46,19 +46,11 @@ QString whyNoLaps(const QString &path, const LdLoadReport &report)
     return QStringLiteral("none is left of it");
 }
 
-// A remark on the channels that @p lap, like every lap, lacks because of what they declare; empty if there are none.
-QString skippedRemark(const QString &path, const LdLoadReport &report, const KOV::SDK::Lap &lap)
+// A remark on the channels that every lap lacks because of what they declare.
+QString skippedRemark(const QString &path, const QStringList &names)
 {
     constexpr qsizetype maxNames = 5;
-    QStringList names;
-    for (const LdLoadReport::LeftOut &entry : report.leftOut) {
-        if (entry.reason == LdLoadReport::Reason::Implausible && !lap.containsRecordedChannel(entry.name))
-            names.append(u'"' + entry.name + u'"');
-    }
-    names.removeDuplicates();
-    if (names.isEmpty())
-        return {};
-    QString list = names.mid(0, maxNames).join(QLatin1String(", "));
+    QString list = u'"' + names.mid(0, maxNames).join(QLatin1String("\", \"")) + u'"';
     if (names.size() > maxNames)
         list += QStringLiteral(" and %1 more").arg(names.size() - maxNames);
     return QStringLiteral("%1: skipped channels whose declared sample count is %2: %3")
@@ -78,9 +70,8 @@ Log loadLdLog(const QString &path)
         for (auto entry = setup.cbegin(); entry != setup.cend(); ++entry)
             lap->header().dynamicData.setValue(entry.key(), entry.value());
     }
-    const QString remark = skippedRemark(path, report, *log.laps.first());
-    if (!remark.isEmpty())
-        log.remarks.append(remark);
+    if (!report.leftOut.isEmpty())
+        log.remarks.append(skippedRemark(path, report.leftOut));
     return log;
 }
 

@@ -8,6 +8,7 @@
 #include <QtCore/QXmlStreamReader>
 
 #include <algorithm>
+#include <utility>
 
 using KOV::SDK::Session;
 using KOV::SDK::Value;
@@ -59,51 +60,35 @@ private:
     qint64 tokenBytes = 0;
 };
 
-// The start tags of a sidecar one after the other.
-class SidecarReader
+// Calls visit(attributes) for the start tags of the sidecar at @p path, until it returns false. Ends where the file
+// does, is damaged or exceeds a limit.
+template <typename Visit>
+void visitElements(const QString &path, Visit visit)
 {
-public:
-    explicit SidecarReader(const QString &path)
-        : file(path)
-        , xml(&file)
-    {
+    BoundedFile file(path);
+    QXmlStreamReader xml(&file);
+    for (int depth = 0; depth <= maxDepth && !xml.atEnd();) {
+        file.beginToken();
+        const auto token = xml.readNext();
+        if (token == QXmlStreamReader::EndElement)
+            --depth;
+        if (token == QXmlStreamReader::StartElement && ++depth <= maxDepth && !visit(xml.attributes()))
+            return;
     }
-
-    // Goes to the next start tag; false where the file ends, is damaged or exceeds a limit.
-    bool next()
-    {
-        while (depth <= maxDepth && !xml.atEnd()) {
-            file.beginToken();
-            const auto token = xml.readNext();
-            if (token == QXmlStreamReader::EndElement)
-                --depth;
-            if (token == QXmlStreamReader::StartElement && ++depth <= maxDepth)
-                return true;
-        }
-        return false;
-    }
-    QXmlStreamAttributes attributes() const { return xml.attributes(); }
-
-private:
-    BoundedFile file;
-    QXmlStreamReader xml;
-    int depth = 0;
-};
+}
 
 } // namespace
 
 Session getSessionFromString(const QString &text)
 {
-    if (text == QLatin1String("Race"))
-        return Session::Race;
-    if (text == QLatin1String("Offline testing") || text == QLatin1String("Test"))
-        return Session::TestSession;
-    if (text == QLatin1String("Qualify"))
-        return Session::Qualify;
-    if (text == QLatin1String("Practice"))
-        return Session::Practice;
-    if (text == QLatin1String("Warmup"))
-        return Session::Warmup;
+    constexpr std::pair<QLatin1String, Session> words[]{
+        {QLatin1String("Race"), Session::Race},         {QLatin1String("Offline testing"), Session::TestSession},
+        {QLatin1String("Test"), Session::TestSession},  {QLatin1String("Qualify"), Session::Qualify},
+        {QLatin1String("Practice"), Session::Practice}, {QLatin1String("Warmup"), Session::Warmup}};
+    for (const auto &[word, session] : words) {
+        if (text == word)
+            return session;
+    }
     return Session::UnknownSession;
 }
 
@@ -115,32 +100,30 @@ QString sidecarPath(const QString &logPath)
 
 Session loadSession(const QString &path)
 {
-    SidecarReader sidecar(path);
-    while (sidecar.next()) {
-        const QXmlStreamAttributes attributes = sidecar.attributes();
-        if (attributes.value(idAttribute) == eventId)
-            return getSessionFromString(attributes.value(valueAttribute).toString());
-    }
-    return Session::UnknownSession;
+    Session session = Session::UnknownSession;
+    visitElements(path, [&session](const QXmlStreamAttributes &attributes) {
+        const bool isEvent = attributes.value(idAttribute) == eventId;
+        if (isEvent)
+            session = getSessionFromString(attributes.value(valueAttribute).toString());
+        return !isEvent;
+    });
+    return session;
 }
 
 QMap<QString, Value> loadValues(const QString &path)
 {
     QMap<QString, Value> values;
-    SidecarReader sidecar(path);
-    while (sidecar.next()) {
-        const QXmlStreamAttributes attributes = sidecar.attributes();
-        if (!attributes.hasAttribute(idAttribute))
-            continue;
+    visitElements(path, [&values](const QXmlStreamAttributes &attributes) {
         const QStringView id = attributes.value(idAttribute);
-        if (id == eventId || id == sessionId)
-            continue;
+        if (!attributes.hasAttribute(idAttribute) || id == eventId || id == sessionId)
+            return true;
         const QStringView text = attributes.value(valueAttribute);
         const QString name = id.toString().remove(setupPrefix);
         if (attributes.hasAttribute(unitAttribute))
             values.insert(name, Value(text.toDouble(), attributes.value(unitAttribute).toString()));
         else
             values.insert(name, Value(text.toString(), QString()));
-    }
+        return true;
+    });
     return values;
 }

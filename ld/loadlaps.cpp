@@ -20,7 +20,6 @@ using KOV::SDK::Lap;
 using KOV::SDK::LapHeader;
 using Ld::SampleView;
 using Obstacle = LdLoadReport::Obstacle;
-using Reason = LdLoadReport::Reason;
 namespace LapChannels = KOV::SDK::LapChannels;
 
 namespace {
@@ -31,6 +30,7 @@ constexpr qint64 bytesPerLapChannel = 190;
 
 struct RecordedChannel
 {
+    QString name;
     const LdChannelHeader *header = nullptr; // null for a channel that is missing or left out
     std::vector<float> samples;
 
@@ -45,57 +45,55 @@ struct RecordedChannel
 class ChannelSource
 {
 public:
-    ChannelSource(QDataStream &dataStream, LdData &data, qint64 fileBytes, LdLoadReport *loadReport)
+    ChannelSource(QDataStream &dataStream, LdData &data, qint64 fileBytes)
         : stream(dataStream)
         , headers(readLdChannelHeaders(stream, data))
-        , isRead(headers.size())
         , budget(fileBytes)
-        , report(loadReport)
     {
         for (const LdChannelHeader &header : headers)
             names.append(ldText(header, &LdChannelHeader::name).toLower());
     }
 
-    const QList<QString> &channelNames() const { return names; }
+    qsizetype recordCount() const { return names.size(); }
     bool hasReadableChannels() const
     {
         return std::any_of(headers.begin(), headers.end(),
                            [](const auto &header) { return ldSampleCount(header) > 0; });
     }
 
-    // The channel of record index, unless it was read before or is left out.
+    // The channel of record index, unless it has no samples, its name was read before, or it is left out.
     RecordedChannel read(qsizetype index)
     {
-        const auto position = static_cast<std::size_t>(index);
-        if (isRead[position])
-            return {};
-        isRead[position] = true;
-        const LdChannelHeader &header = headers[position];
+        const QString &name = names[index];
+        const LdChannelHeader &header = headers[static_cast<std::size_t>(index)];
         const qint64 count = ldSampleCount(header);
         const qint64 length =
             header.sampleRate == ldCommonRate ? count : resampledLength(count, header.sampleRate, ldCommonRate);
-        const qint64 cost = count * qint64{sizeof(float)} + logLength.value_or(length) * qint64{sizeof(double)} +
-                            lapCount * bytesPerLapChannel;
-        const std::optional<Reason> reason = length == 0                    ? std::optional(Reason::NoSamples)
-                                             : taken.contains(names[index]) ? std::optional(Reason::SameName)
-                                             : !budget.take(cost)           ? std::optional(Reason::Implausible)
-                                                                            : std::nullopt;
-        if (reason) {
-            report->leftOut.append({names[index], *reason});
+        if (length == 0 || taken.contains(name))
+            return {};
+        if (!budget.take(count * qint64{sizeof(float)} + logLength.value_or(length) * qint64{sizeof(double)} +
+                         lapCount * bytesPerLapChannel)) {
+            refused.insert(name);
             return {};
         }
-        taken.insert(names[index]);
-        return {&header, readLdChannel(stream, header)};
+        taken.insert(name);
+        return {name, &header, readLdChannel(stream, header)};
     }
 
     RecordedChannel read(QLatin1String name)
     {
         RecordedChannel channel;
-        for (qsizetype i = 0; i < names.size() && !channel.header; ++i) {
-            if (names[i] == name)
-                channel = read(i);
-        }
+        for (qsizetype i = names.indexOf(name); i >= 0 && !channel.header; i = names.indexOf(name, i + 1))
+            channel = read(i);
         return channel;
+    }
+
+    // What the budget refused and no other record of the same name made up for.
+    QList<QString> leftOut() const
+    {
+        QList<QString> left = (refused - taken).values();
+        std::sort(left.begin(), left.end());
+        return left;
     }
 
     // Samples that every channel from here on is filled up to.
@@ -112,37 +110,27 @@ public:
 private:
     QDataStream &stream;
     std::vector<LdChannelHeader> headers;
-    std::vector<bool> isRead;
     QList<QString> names; // in lower case, of the record with the same index
     QSet<QString> taken;
+    QSet<QString> refused;
     Ld::Budget budget;
-    LdLoadReport *report;
     std::optional<qint64> logLength;
     qint64 lapCount = 0;
 };
-
-// Whether the laps can be cut by @p channel; says in the report why not.
-bool canCutBy(QLatin1String name, const RecordedChannel &channel, LdLoadReport *report)
-{
-    if (channel.view().size() >= ldMinSamples)
-        return true;
-    const bool isImplausible = std::any_of(report->leftOut.cbegin(), report->leftOut.cend(), [name](const auto &entry) {
-        return entry.name == name && entry.reason == Reason::Implausible;
-    });
-    report->drivingChannel = name;
-    report->obstacle = channel.header  ? Obstacle::ShortChannel
-                       : isImplausible ? Obstacle::ImplausibleChannel
-                                       : Obstacle::MissingChannel;
-    return false;
-}
 
 QList<QSharedPointer<Lap>> cutChannels(ChannelSource &source, LdLoadReport *report)
 {
     RecordedChannel distance = source.read(LapChannels::distance);
     source.setLogLength(distance.view().size());
     RecordedChannel counter = source.read(LapChannels::counter);
-    if (!canCutBy(LapChannels::counter, counter, report) || !canCutBy(LapChannels::distance, distance, report))
+    for (const auto &[name, channel] :
+         {std::pair(LapChannels::counter, &counter), {LapChannels::distance, &distance}}) {
+        if (channel->view().size() >= ldMinSamples)
+            continue;
+        report->obstacle = channel->header ? Obstacle::ShortChannel : Obstacle::MissingChannel;
+        report->drivingChannel = name;
         return {};
+    }
     const qint64 maxLaps = source.maxLaps();
     std::vector<Ld::LapPiece> pieces =
         Ld::lapPieces(distance.view().size(), counter.view(), static_cast<std::size_t>(maxLaps) + 1);
@@ -153,25 +141,21 @@ QList<QSharedPointer<Lap>> cutChannels(ChannelSource &source, LdLoadReport *repo
     source.takeLaps(std::ssize(pieces));
 
     Ld::LapBuilder builder(std::move(pieces));
-    builder.addChannel(LapChannels::distance, *distance.header, distance.view());
-    distance = {};
-    builder.addChannel(LapChannels::counter, *counter.header, counter.view());
-    counter = {};
+    const auto add = [&builder](const RecordedChannel &channel) {
+        if (channel.header)
+            builder.addChannel(channel.name, *channel.header, channel.view());
+    };
+    add(std::exchange(distance, {}));
+    add(std::exchange(counter, {}));
     {
         const RecordedChannel currentTime = source.read(LapChannels::currentTime);
         const RecordedChannel lastTime = source.read(LapChannels::lastTime);
         builder.setLapTimes(currentTime.view(), lastTime.view());
-        if (currentTime.header)
-            builder.addChannel(LapChannels::currentTime, *currentTime.header, currentTime.view());
-        if (lastTime.header)
-            builder.addChannel(LapChannels::lastTime, *lastTime.header, lastTime.view());
+        add(currentTime);
+        add(lastTime);
     }
-    const QList<QString> &names = source.channelNames();
-    for (qsizetype i = 0; i < names.size(); ++i) {
-        const RecordedChannel channel = source.read(i);
-        if (channel.header)
-            builder.addChannel(names[i], *channel.header, channel.view());
-    }
+    for (qsizetype i = 0; i < source.recordCount(); ++i)
+        add(source.read(i));
     return builder.takeLaps();
 }
 
@@ -194,13 +178,14 @@ QList<QSharedPointer<Lap>> loadLaps(const QString &path, LdLoadReport *report)
     }
     QDataStream stream(&file);
     LdData data = readLd(stream);
-    ChannelSource source(stream, data, file.size(), report);
+    ChannelSource source(stream, data, file.size());
     if (!source.hasReadableChannels()) {
         const bool hasChannels = data.headBlock->firstHeaderOffset != 0U;
         report->obstacle = hasChannels ? Obstacle::NoReadableChannels : Obstacle::NoChannels;
         return {};
     }
     QList<QSharedPointer<Lap>> laps = cutChannels(source, report);
+    report->leftOut = source.leftOut();
 
     const LdHeadBlock &head = *data.headBlock;
     const QString venue = ldText(head, &LdHeadBlock::venueText);

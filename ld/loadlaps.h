@@ -21,26 +21,15 @@ struct LdLoadReport
         CannotOpen,         ///< not a regular file, or it cannot be opened
         NoChannels,         ///< the log has no channel records
         NoReadableChannels, ///< none of its records has samples of a kind that is read
-        MissingChannel,     ///< it has no samples of the channel drivingChannel
+        MissingChannel,     ///< it has no samples of drivingChannel, or these are in leftOut
         ShortChannel,       ///< it has fewer than ldMinSamples of them at the common rate
-        ImplausibleChannel, ///< its drivingChannel is left out as Implausible
         TooManyLaps         ///< its lap counter rises more often than the file's size makes plausible
-    };
-    enum class Reason
-    {
-        NoSamples,  ///< its record has none, or none of a kind that is read
-        SameName,   ///< an earlier record has the same name
-        Implausible ///< its declared sample count is implausible for a file of this size
-    };
-    struct LeftOut
-    {
-        QString name;
-        Reason reason;
     };
 
     Obstacle obstacle = Obstacle::None; ///< why there are no laps
     QString drivingChannel;             ///< which of "lap" and "lapdistpct" an obstacle is about
-    QList<LeftOut> leftOut;             ///< channel records that are in no lap, in the order of reading
+    /// Channels that are in no lap because their declared sample count is implausible for the file's size; sorted.
+    QList<QString> leftOut;
 };
 
 /// Reads the laps of the .ld log at @p path, all channels at 60 samples per second, under their names in lower case.
@@ -51,8 +40,8 @@ struct LdLoadReport
 ///
 /// No file takes memory or time out of proportion to its size: a log of up to 1 MiB may take 480 MiB and each further
 /// byte 768 bytes more, which is beyond what the samples in the file can come to. What a file declares beyond that is
-/// left out, channel by channel, as Implausible; "lapdistpct", "lap" and the timing channels come first, then the
-/// others in list order. Besides the laps, two channels of the log at most are in memory, as recorded.
+/// left out, channel by channel; "lapdistpct", "lap" and the timing channels come first, then the others in list order.
+/// Besides the laps, two channels of the log at most are in memory, as recorded.
 ORVA_EXPORT QList<QSharedPointer<KOV::SDK::Lap>> loadLaps(const QString &path);
 /// The same. @p report is filled in, and must not be null.
 ORVA_EXPORT QList<QSharedPointer<KOV::SDK::Lap>> loadLaps(const QString &path, LdLoadReport *report);
