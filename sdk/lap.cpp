@@ -10,16 +10,6 @@ namespace KOV::SDK {
 void Lap::addSample(const Sample &sample)
 {
     const DynamicData &row = sample.dynamicData;
-    if (recordedChannels.empty()) {
-        for (const auto &[name, value] : row.asRange()) {
-            auto channel = QSharedPointer<Channel>::create();
-            channel->setUnit(value.unit());
-            channel->append(value.toDouble());
-            recordedChannels.emplace(name, std::move(channel));
-        }
-        return;
-    }
-
     bool repair = row.size() != static_cast<qint64>(recordedChannels.size());
     for (const auto &[name, channel] : recordedChannels) {
         const Value value = row.value(name);

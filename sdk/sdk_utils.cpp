@@ -39,8 +39,7 @@ bool isValidValue(double value)
 
 QString sessionName(Session session)
 {
-    const auto row = names.constFind(session);
-    return row != names.cend() ? *row : *names.constFind(Session::UnknownSession);
+    return names.value(session, names.value(Session::UnknownSession));
 }
 
 QString carStatusToString(CarStatus status)

@@ -20,47 +20,28 @@ namespace KOV::SDK {
 namespace {
 
 constexpr int maximumDepth = 32;
-constexpr quint32 float16 = 63; // QMetaType::Float16, which Qt has from 6.5 on
+constexpr int float16 = 63; // QMetaType::Float16, which Qt has from 6.5 on
 
-/// The QMetaType id of @p type on a stream in the version of Qt 3, which numbered types otherwise.
-quint32 typeOfQt3(quint32 type)
-{
-    constexpr std::pair<quint32, int> types[]{
-        {0, QMetaType::UnknownType}, {1, QMetaType::QVariantMap},  {2, QMetaType::QVariantList},
-        {3, QMetaType::QString},     {4, QMetaType::QStringList},  {8, QMetaType::QRect},
-        {9, QMetaType::QSize},       {14, QMetaType::QPoint},      {16, QMetaType::Int},
-        {17, QMetaType::UInt},       {18, QMetaType::Bool},        {19, QMetaType::Double},
-        {26, QMetaType::QDate},      {27, QMetaType::QTime},       {28, QMetaType::QDateTime},
-        {29, QMetaType::QByteArray}, {30, QMetaType::QBitArray},   {33, QMetaType::LongLong},
-        {34, QMetaType::ULongLong},  {35, QMetaType::QEasingCurve}};
-    const auto isNumbered = [type](const auto &entry) { return entry.first == type; };
-    const auto *const entry = std::find_if(std::begin(types), std::end(types), isNumbered);
-    return static_cast<quint32>(entry != std::end(types) ? entry->second : QMetaType::User); // the rest is QtGui's
-}
+/// What Qt reads: types that convert to a text, a number or a boolean, and some of a few bytes.
+constexpr int plainTypes[]{QMetaType::Bool,       QMetaType::Int,     QMetaType::UInt,  QMetaType::LongLong,
+                           QMetaType::ULongLong,  QMetaType::Long,    QMetaType::ULong, QMetaType::Short,
+                           QMetaType::UShort,     QMetaType::Char,    QMetaType::UChar, QMetaType::SChar,
+                           QMetaType::Double,     QMetaType::Float,   float16,          QMetaType::Nullptr,
+                           QMetaType::Char16,     QMetaType::Char32,  QMetaType::QChar, QMetaType::QString,
+                           QMetaType::QByteArray, QMetaType::QDate,   QMetaType::QTime, QMetaType::QRegularExpression,
+                           QMetaType::QUrl,       QMetaType::QLocale, QMetaType::QRect, QMetaType::QRectF,
+                           QMetaType::QSize,      QMetaType::QSizeF,  QMetaType::QLine, QMetaType::QLineF,
+                           QMetaType::QPoint,     QMetaType::QPointF, QMetaType::QUuid, QMetaType::QCborSimpleType};
 
-/// The QMetaType id of @p type on a stream in the version of Qt 4, which had two blocks of numbers for what Qt Core
-/// holds; the second was later moved up to the first.
-quint32 typeOfQt4(quint32 type)
-{
-    constexpr quint32 secondBlock = 128;
-    constexpr quint32 distance = 97;
-    return type >= secondBlock ? type - distance : type;
-}
-
-/// The type number that is followed by the type's name, on a stream in @p version.
-quint32 namedType(int version)
-{
-    constexpr quint32 ofQt4 = 127;
-    constexpr quint32 ofQt5 = 1024;
-    return version < QDataStream::Qt_5_0 ? ofQt4 : version < QDataStream::Qt_6_0 ? ofQt5 : quint32{QMetaType::User};
-}
-
-/// The QMetaType id of the type called @p name, or User for one that is not registered.
-quint32 typeOfName(const QByteArray &name)
-{
-    const int type = QMetaType::fromName(name.constData()).id(); // up to the NUL that ends a name on a stream
-    return static_cast<quint32>(type == QMetaType::UnknownType ? QMetaType::User : type);
-}
+/// How streams in the version of Qt 3 number the types; those not listed are QtGui's.
+constexpr std::pair<quint32, int> typesOfQt3[]{
+    {0, QMetaType::UnknownType}, {1, QMetaType::QVariantMap},  {2, QMetaType::QVariantList},
+    {3, QMetaType::QString},     {4, QMetaType::QStringList},  {8, QMetaType::QRect},
+    {9, QMetaType::QSize},       {14, QMetaType::QPoint},      {16, QMetaType::Int},
+    {17, QMetaType::UInt},       {18, QMetaType::Bool},        {19, QMetaType::Double},
+    {26, QMetaType::QDate},      {27, QMetaType::QTime},       {28, QMetaType::QDateTime},
+    {29, QMetaType::QByteArray}, {30, QMetaType::QBitArray},   {33, QMetaType::LongLong},
+    {34, QMetaType::ULongLong},  {35, QMetaType::QEasingCurve}};
 
 template <typename T>
 T read(QDataStream &stream)
@@ -70,14 +51,46 @@ T read(QDataStream &stream)
     return item;
 }
 
-/// Reads a count and calls @p readItem that many times, or until the stream has an error. Reserves nothing.
-template <typename ReadItem>
-void readItems(QDataStream &stream, ReadItem readItem)
+/// Reads the head of a variant and returns its QMetaType id, or User for a type that Qt Core does not know.
+int readType(QDataStream &stream)
 {
-    const auto count = read<quint32>(stream);
+    constexpr quint32 secondBlockOfQt4 = 128; // Qt 4 had two blocks of numbers, which have been joined since
+    constexpr quint32 joinedBy = 97;
+    const int version = stream.version();
+    const auto number = read<quint32>(stream);
+    if (version < QDataStream::Qt_4_0) {
+        const auto *const entry = std::find_if(std::begin(typesOfQt3), std::end(typesOfQt3),
+                                               [number](const auto &row) { return row.first == number; });
+        return entry != std::end(typesOfQt3) ? entry->second : QMetaType::User;
+    }
+    if (version >= QDataStream::Qt_4_2)
+        read<qint8>(stream); // whether it is null, which no conversion asks
+    // The number that is followed by the type's name: what Qt Core has added since goes by name.
+    const quint32 namedType = version < QDataStream::Qt_5_0   ? 127
+                              : version < QDataStream::Qt_6_0 ? 1024
+                                                              : quint32{QMetaType::User};
+    if (number == namedType) {
+        const int type = QMetaType::fromName(read<QByteArray>(stream).constData()).id(); // up to the NUL that ends it
+        return type == QMetaType::UnknownType ? QMetaType::User : type;
+    }
+    const bool isShifted = version < QDataStream::Qt_5_0 && number >= secondBlockOfQt4;
+    return static_cast<int>(number - (isShifted ? joinedBy : 0));
+}
+
+/// The count of the items that follow.
+quint32 readCount(QDataStream &stream)
+{
     constexpr quint32 firstMarker = 0xFFFFFFFE; // of a longer count, or of none at all
+    const auto count = read<quint32>(stream);
     if (count >= firstMarker)
         stream.setStatus(QDataStream::ReadCorruptData);
+    return count;
+}
+
+/// Calls @p readItem @p count times, or until the stream has an error. Reserves nothing.
+template <typename ReadItem>
+void readItems(QDataStream &stream, quint32 count, ReadItem readItem)
+{
     for (quint32 i = 0; i < count && stream.status() == QDataStream::Ok; ++i)
         readItem();
 }
@@ -97,23 +110,19 @@ void skipBitArray(QDataStream &stream)
 /// Qt would read a pointer to a function from the stream, and use it.
 void skipEasingCurve(QDataStream &stream)
 {
+    // Period, amplitude and overshoot of a curve; tension, continuity and bias of a point.
+    const auto skipNumbers = [&stream] { readItems(stream, 3, [&stream] { read<qreal>(stream); }); };
     read<quint8>(stream);  // its kind
     read<quint64>(stream); // the pointer
     if (!read<bool>(stream))
         return;
-    constexpr int parameterCount =
-        3; // period, amplitude and overshoot of a curve; tension, continuity, bias of a point
-    const auto skipParameters = [&stream] {
-        for (int i = 0; i < parameterCount; ++i)
-            read<qreal>(stream);
-    };
-    skipParameters();
+    skipNumbers();
     if (stream.version() < QDataStream::Qt_5_13)
         return;
-    readItems(stream, [&stream] { read<QPointF>(stream); });
-    readItems(stream, [&] {
+    readItems(stream, readCount(stream), [&stream] { read<QPointF>(stream); });
+    readItems(stream, readCount(stream), [&] {
         read<QPointF>(stream);
-        skipParameters();
+        skipNumbers();
     });
 }
 
@@ -161,7 +170,7 @@ QVariant readJsonValue(QDataStream &stream)
     case QJsonValue::Array:
     case QJsonValue::Object:
         read<QByteArray>(stream);
-        return {};
+        [[fallthrough]];
     default:
         return {};
     }
@@ -178,42 +187,37 @@ QVariant readCborValue(QDataStream &stream)
     return kind >= arrays && kind <= tags ? QVariant() : QVariant::fromValue(QCborValue::fromCbor(bytes));
 }
 
-void skipContainer(QDataStream &stream, quint32 type, int depth);
-
 QVariant readValue(QDataStream &stream, int depth)
 {
-    const int version = stream.version();
-    const auto number = read<quint32>(stream);
-    if (version >= QDataStream::Qt_4_2)
-        read<qint8>(stream); // whether it is null, which no conversion asks
-    quint32 type = number;
-    if (version < QDataStream::Qt_4_0)
-        type = typeOfQt3(number);
-    else if (number == namedType(version)) // what Qt Core has added since goes by name
-        type = typeOfName(read<QByteArray>(stream));
-    else if (version < QDataStream::Qt_5_0)
-        type = typeOfQt4(number);
+    const int type = readType(stream);
     switch (type) {
     case QMetaType::UnknownType:
-        if (version < QDataStream::Qt_5_0)
+        if (stream.version() < QDataStream::Qt_5_0)
             read<QString>(stream); // a placeholder
         return {};
     case QMetaType::QVariant:
     case QMetaType::QVariantPair:
     case QMetaType::QVariantList:
     case QMetaType::QVariantMap:
-    case QMetaType::QVariantHash:
+    case QMetaType::QVariantHash: {
         if (depth == maximumDepth)
             break;
-        skipContainer(stream, type, depth + 1);
+        const bool hasKeys = type == QMetaType::QVariantMap || type == QMetaType::QVariantHash;
+        const quint32 count = type == QMetaType::QVariant ? 1 : type == QMetaType::QVariantPair ? 2 : readCount(stream);
+        readItems(stream, count, [&] {
+            if (hasKeys)
+                read<QString>(stream);
+            readValue(stream, depth + 1);
+        });
         return {};
+    }
     case QMetaType::QStringList: {
         QStringList texts; // a single one converts to a text
-        readItems(stream, [&] { texts.append(read<QString>(stream)); });
+        readItems(stream, readCount(stream), [&] { texts.append(read<QString>(stream)); });
         return texts;
     }
     case QMetaType::QByteArrayList:
-        readItems(stream, [&] { read<QByteArray>(stream); });
+        readItems(stream, readCount(stream), [&] { read<QByteArray>(stream); });
         return {};
     case QMetaType::QBitArray:
         skipBitArray(stream);
@@ -234,71 +238,16 @@ QVariant readValue(QDataStream &stream, int depth)
         return {};
     case QMetaType::QCborValue:
         return readCborValue(stream);
-    case QMetaType::Bool:
-    case QMetaType::Int:
-    case QMetaType::UInt:
-    case QMetaType::LongLong:
-    case QMetaType::ULongLong:
-    case QMetaType::Long:
-    case QMetaType::ULong:
-    case QMetaType::Short:
-    case QMetaType::UShort:
-    case QMetaType::Char:
-    case QMetaType::UChar:
-    case QMetaType::SChar:
-    case QMetaType::Double:
-    case QMetaType::Float:
-    case float16:
-    case QMetaType::Nullptr:
-    case QMetaType::Char16:
-    case QMetaType::Char32:
-    case QMetaType::QChar:
-    case QMetaType::QString:
-    case QMetaType::QByteArray:
-    case QMetaType::QRegularExpression:
-    case QMetaType::QDate:
-    case QMetaType::QTime:
-    case QMetaType::QUrl:
-    case QMetaType::QLocale:
-    case QMetaType::QRect:
-    case QMetaType::QRectF:
-    case QMetaType::QSize:
-    case QMetaType::QSizeF:
-    case QMetaType::QLine:
-    case QMetaType::QLineF:
-    case QMetaType::QPoint:
-    case QMetaType::QPointF:
-    case QMetaType::QUuid:
-    case QMetaType::QCborSimpleType: {
-        const QMetaType metaType(static_cast<int>(type));
+    default:
+        if (std::find(std::begin(plainTypes), std::end(plainTypes), type) == std::end(plainTypes))
+            break;
+        const QMetaType metaType(type);
         QVariant value(metaType);
         if (metaType.isValid() && metaType.load(stream, value.data()))
             return value;
-        break;
-    }
-    default:
-        break;
     }
     stream.setStatus(QDataStream::ReadCorruptData);
     return {};
-}
-
-void skipContainer(QDataStream &stream, quint32 type, int depth)
-{
-    switch (type) {
-    case QMetaType::QVariantPair:
-        readValue(stream, depth);
-        [[fallthrough]];
-    case QMetaType::QVariant:
-        readValue(stream, depth);
-        break;
-    default:
-        readItems(stream, [&] {
-            if (type != QMetaType::QVariantList)
-                read<QString>(stream); // a key
-            readValue(stream, depth);
-        });
-    }
 }
 
 } // namespace
@@ -309,7 +258,7 @@ QMap<QString, QVariant> readVariantMap(QDataStream &stream)
     if (!stream.isDeviceTransactionStarted())
         stream.resetStatus();
     QMap<QString, QVariant> values;
-    readItems(stream, [&] {
+    readItems(stream, readCount(stream), [&] {
         const auto key = read<QString>(stream);
         values.insert(key, readValue(stream, 0));
     });
