@@ -1,5 +1,7 @@
 #include "host/logformat.h"
 
+#include "ld/ldfile.h"
+
 #include <QtCore/QtEndian>
 
 #include <algorithm>
@@ -32,10 +34,9 @@ bool looksLikeText(QByteArrayView head)
 bool looksLikeBinaryLog(QByteArrayView head, qint64 fileSize)
 {
     constexpr quint64 usualMarker = 64;
-    constexpr qsizetype firstRecordAt = 8;
-    constexpr qsizetype firstRecordEnd = firstRecordAt + static_cast<qsizetype>(sizeof(quint32));
-    constexpr qsizetype headBytes = 1762;
-    if (head.size() < firstRecordEnd)
+    constexpr qsizetype firstRecordAt = offsetof(LdHeadBlock, firstHeaderOffset);
+    constexpr qsizetype headBytes = sizeof(LdHeadBlock);
+    if (head.size() < firstRecordAt + qsizetype{sizeof(quint32)})
         return false;
     const auto marker = qFromLittleEndian<quint64>(head.data());
     const auto firstRecord = qFromLittleEndian<quint32>(head.data() + firstRecordAt);

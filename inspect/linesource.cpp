@@ -1,7 +1,8 @@
 #include "inspect/linesource.h"
 
+#include "sdk/regularfile.h"
+
 #include <QtCore/QByteArrayView>
-#include <QtCore/QFileInfo>
 
 #include <algorithm>
 #include <cstring>
@@ -29,13 +30,9 @@ LineSource::LineSource(const QString &path)
     : file(path)
     , buffer(blockBytes)
 {
-    const bool isPath = !path.contains(QChar(u'\0')); // Qt complains aloud about others
-    if (!isPath || !QFileInfo(file).isFile()) {       // a pipe could block and a device never end
-        error = QStringLiteral("not a regular file");
-        return;
-    }
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        error = file.errorString();
+    if (!KOV::SDK::openRegularFile(file, QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        const bool isTried = file.error() != QFileDevice::NoError;
+        error = isTried ? file.errorString() : QStringLiteral("not a regular file");
         return;
     }
     while (end < maxMarkBytes && readBlock()) {

@@ -1,7 +1,8 @@
 #include "inspect/sidecar.h"
 
+#include "sdk/regularfile.h"
+
 #include <QtCore/QFile>
-#include <QtCore/QFileInfo>
 #include <QtCore/QXmlStreamReader>
 
 #include <algorithm>
@@ -29,8 +30,7 @@ public:
     explicit SidecarReader(const QString &path)
         : file(path)
     {
-        const bool isPath = !path.contains(QChar(u'\0')); // Qt complains aloud about others
-        sidecar.exists = isPath && QFileInfo(file).isFile() && file.open(QIODevice::ReadOnly | QIODevice::Text);
+        sidecar.exists = KOV::SDK::openRegularFile(file, QIODevice::ReadOnly | QIODevice::Text);
     }
 
     Sidecar read()
