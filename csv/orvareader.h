@@ -62,7 +62,7 @@ private:
     void releaseSpareRoom();
     void setLapTimes();
 
-    KOV::SDK::Sample sample; // the data row in hand
+    KOV::SDK::Sample sample; // the current data row
     KOV::SDK::Lap lap;       // the lap being filled
     QList<QSharedPointer<KOV::SDK::Lap>> laps;
     QString vehicle;
