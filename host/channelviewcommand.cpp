@@ -4,6 +4,7 @@
 #include "host/logreader.h"
 #include "host/remarks.h"
 #include "host/selection.h"
+#include "host/storedlog.h"
 
 namespace Host {
 
@@ -24,12 +25,17 @@ ExitStatus ChannelViewCommand::run(Output &output)
             try {
                 return show(reader.read(path), output);
             } catch (const NoLaps &failure) {
-                if (which.lap)
+                if (which.lap || !hasStoredChannels(path, readFormat(path)))
                     throw;
                 status = printRemark(failure.text(), logs, import);
             }
         }
-        printStored(path, readFormat(path), output);
+        const LogFormat format = readFormat(path);
+        if (format == LogFormat::Unknown)
+            throw notALog(path);
+        if (!hasStoredChannels(path, format))
+            throw Failure(path + QLatin1String(": no channels in the file") + checkHint(path));
+        printStored(path, format, output);
         return status;
     });
 }

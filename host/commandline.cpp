@@ -50,7 +50,7 @@ public:
 
 std::string footer(const CommandHelp &help)
 {
-    std::string text = "Example:\n  ";
+    std::string text = help.example.find('\n') == std::string::npos ? "Example:\n  " : "Examples:\n  ";
     for (const char character : help.example) {
         text += character;
         if (character == '\n')
@@ -175,7 +175,9 @@ Command *readCommandLine(const QStringList &arguments, const CommandList &comman
     }
     for (const CLI::App *parsed : app.get_subcommands()) {
         if (const auto unknown = parsed->remaining(); !unknown.empty())
-            refuse(QStringLiteral("unknown option %1").arg(QString::fromStdString(unknown.front())),
+            refuse((unknown.front().starts_with('-') ? QStringLiteral("unknown option %1")
+                                                     : QStringLiteral("more than one log given: %1"))
+                       .arg(QString::fromStdString(unknown.front())),
                    words.first() + u' ');
     }
     return find(words.first())->get();

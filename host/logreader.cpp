@@ -61,6 +61,11 @@ LogFormat readFormat(const QString &path)
     return logFormatOf(head, info.size());
 }
 
+Failure notALog(const QString &path)
+{
+    return Failure(path + QLatin1String(": neither a text export nor a binary .ld log") + checkHint(path));
+}
+
 LogReader::LogReader(const QString &pluginPath)
     : plugin(pluginPath)
 {
@@ -72,7 +77,7 @@ Log LogReader::read(const QString &path) const
     if (!plugin.isOwn())
         return importBy(plugin, path);
     if (format == LogFormat::Unknown)
-        throw Failure(path + QLatin1String(": neither a text export nor a binary .ld log") + checkHint(path));
+        throw notALog(path);
     try {
         Log log = format == LogFormat::Text ? importBy(plugin, path) : loadLdLog(path);
         const QString remark =

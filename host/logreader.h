@@ -27,6 +27,9 @@ public:
     using Failure::Failure;
 };
 
+/// For a file that is no log of a known format.
+Failure notALog(const QString &path);
+
 /// What kind of log the file at @p path is. Throws Failure for what is not a regular file that can be read.
 LogFormat readFormat(const QString &path);
 

@@ -4,6 +4,8 @@
 #include "host/logreader.h"
 #include "host/output.h"
 
+#include <QtCore/QRegularExpression>
+
 namespace Host {
 
 namespace {
@@ -22,7 +24,12 @@ ExitStatus print(const QStringList &messages, const QStringList &remarks, const 
 
 QString checkHint(const QString &path)
 {
-    return QLatin1String("; see orva-host check ") + path;
+    static const QRegularExpression special(QStringLiteral("[^\\w%+,./:=@-]"),
+                                            QRegularExpression::UseUnicodePropertiesOption);
+    QString word = path; // as a shell takes it
+    if (word.contains(special))
+        word = u'\'' + word.replace(u'\'', QLatin1String("'\\''")) + u'\'';
+    return QLatin1String("; see orva-host check ") + word;
 }
 
 ExitStatus printRemarks(const Log &log, const LogArguments &logs, const ImportArguments &import)

@@ -7,6 +7,7 @@
 #include "host/page.h"
 #include "host/pagemodel.h"
 #include "host/remarks.h"
+#include "inspect/words.h"
 #include "ld/ldx.h"
 
 #include <CLI/CLI.hpp>
@@ -22,9 +23,9 @@ class ReportCommand : public Command
 public:
     ReportCommand()
         : Command({"report", "Write a page with charts of the laps, for a browser",
-                   "Imports the logs and writes one HTML page: laps laid over each other in charts, with a\n"
-                   "track map, lap times and setup values. The page is one file that loads nothing else.\n"
-                   "Several logs on one page compare drivers or setups.",
+                   "Imports the logs and writes one HTML page: laps laid over each other in charts,\n"
+                   "with a track map, lap times and setup values. The page is one file that loads\n"
+                   "nothing else. Several logs on one page compare drivers or setups.",
                    "orva-host report race.csv -o race.html\n"
                    "orva-host report anna.csv ben.csv --title \"Anna and Ben\" -o both.html"})
     {
@@ -34,10 +35,10 @@ public:
     {
         addLogs(app, logs);
         addText(app, "-o,--output", "PAGE.html", path, "Write the page to this file")->required();
-        addFlag(app, "--force", isForced, "Overwrite the file");
+        addFlag(app, "--force", isForced, "Overwrite the page if it is already there");
         addNames(app, "--laps", "N,...", lapTexts, "Only the laps with these indices, counted from 0");
         addNames(app, "--traces", "NAME,...", wishes.traces,
-                 "Charts of these channels. Without it: speed, throttle, brake,\ngear and steering");
+                 "Charts of these channels instead of speed, throttle,\nbrake, gear and steering");
         addText(app, "--title", "TEXT", title, "The page's title");
         addImportArguments(app, import);
     }
@@ -64,10 +65,9 @@ public:
         for (const Log &log : read)
             status = worse(status, printRemarks(log, logs, import));
         if (!logs.isQuiet)
-            output.writeText(QStringLiteral("Wrote %1: %2 laps, %3 charts\n")
-                                 .arg(path)
-                                 .arg(model.laps.size())
-                                 .arg(model.traces.size()));
+            output.writeText(QStringLiteral("Wrote %1: %2, %3\n")
+                                 .arg(path, Inspect::counted(std::ssize(model.laps), QStringLiteral("lap")),
+                                      Inspect::counted(std::ssize(model.traces), QStringLiteral("chart"))));
         return status;
     }
 

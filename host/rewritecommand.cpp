@@ -10,6 +10,7 @@
 #include "host/textformat.h"
 #include "inspect/rewrite.h"
 #include "inspect/rewriteerror.h"
+#include "inspect/words.h"
 
 #include <CLI/CLI.hpp>
 #include <QtCore/QElapsedTimer>
@@ -38,7 +39,7 @@ Inspect::LapMapping parsedMapping(const QString &text)
         QStringList names;
         for (const Inspect::DrivingChannel &channel : Inspect::drivingChannels())
             names.append(u'"' + QString(channel.title) + u'"');
-        refuse(QStringLiteral("--map is \"%1\", expected NAME=CHANNEL with one of the names %2")
+        refuse(QStringLiteral("--map is \"%1\", expected NAME=CHANNEL, where NAME is one of %2")
                    .arg(text, names.join(QLatin1String(", "))));
     }
     Inspect::LapMapping mapping{driving->role, text.mid(equals + 1).trimmed(), {}};
@@ -71,7 +72,7 @@ std::vector<double> parsedMarks(const QString &text)
     return marks;
 }
 
-// One line on a terminal that tells how far the work is, once it takes longer than a second.
+// One line on a terminal that says how far the work is, once it takes longer than a second.
 class ProgressLine
 {
 public:
@@ -117,22 +118,24 @@ void printSummary(const Inspect::RewriteOptions &options, const Inspect::Rewrite
 {
     printFact(QStringLiteral("Source"), summary.source, output);
     printFact(QStringLiteral("Written"),
-              QStringLiteral("%1: %2 rows at %3 per second, %4 channels")
-                  .arg(options.targetPath)
-                  .arg(summary.rows)
+              QStringLiteral("%1: %2 at %3 per second, %4")
+                  .arg(options.targetPath, Inspect::counted(summary.rows, QStringLiteral("row")))
                   .arg(Inspect::rewriteRate)
-                  .arg(summary.channels),
+                  .arg(Inspect::counted(summary.channels, QStringLiteral("channel"))),
               output);
     printFact(QStringLiteral("Rows"), summary.rate, output);
     if (!summary.sidecarPath.isEmpty())
         printFact(QStringLiteral("Sidecar"),
-                  QStringLiteral("%1: %2 items").arg(summary.sidecarPath).arg(summary.sidecarItems), output);
+                  QStringLiteral("%1: %2").arg(summary.sidecarPath,
+                                               Inspect::counted(summary.sidecarItems, QStringLiteral("item"))),
+                  output);
     printFact(QStringLiteral("Laps"),
-              summary.laps.isEmpty() ? QStringLiteral("nothing in the log tells of laps; --laps-at or --map can")
-                                     : summary.laps,
+              summary.laps.isEmpty()
+                  ? QStringLiteral("not known, as nothing in the log marks them; use --laps-at or --map")
+                  : summary.laps,
               output);
     for (const auto &origin : summary.origins)
-        printFact(origin.title, origin.text.isEmpty() ? QStringLiteral("not written, as it is not known") : origin.text,
+        printFact(origin.title, origin.text.isEmpty() ? QStringLiteral("left out, as it is not known") : origin.text,
                   output);
 }
 
@@ -140,10 +143,10 @@ class RewriteCommand : public Command
 {
 public:
     RewriteCommand()
-        : Command({"rewrite", "Write a log anew, so that the import reads all of it",
-                   "Writes a text export that the import reads in full, and its sidecar: from any text\n"
-                   "export or .ld log, at 60 rows per second, with the four channels that tell the laps\n"
-                   "as far as the log says where laps begin. Then imports it and lists its laps.",
+        : Command({"rewrite", "Write a new export of a log that the import reads in full",
+                   "Writes any text export or .ld log as a new text export that the import reads in\n"
+                   "full, and its sidecar: 60 rows per second, with the four channels that laps come\n"
+                   "from, if the log says where laps begin. Then imports it and lists its laps.",
                    "orva-host rewrite race.ld -o race-laps.csv\n"
                    "orva-host rewrite race.csv -o race-laps.csv --laps-at 24.324,190.167\n"
                    "orva-host rewrite race.csv -o race-laps.csv --map \"Lap Dist Pct=Car Pos Norm\""})
@@ -157,7 +160,7 @@ public:
                "A telemetry log")
             ->option_text(" ")
             ->required();
-        addText(app, "-o,--output", "FILE", options.targetPath, "Write to this file, which is a new one")->required();
+        addText(app, "-o,--output", "FILE", options.targetPath, "Write the new export to this file")->required();
         app.add_option_function<std::vector<std::string>>(
                "--map",
                [this](const std::vector<std::string> &texts) {
@@ -173,7 +176,7 @@ public:
                [this](const std::string &text) { options.lapsAt = parsedMarks(QString::fromStdString(text)); },
                "Laps begin at these times of the log, in seconds")
             ->option_text("T,T,...");
-        addFlag(app, "--force", options.mayOverwrite, "Overwrite the new file and its sidecar");
+        addFlag(app, "--force", options.mayOverwrite, "Overwrite the file and its sidecar if already there");
         addFlag(app, "-q,--quiet", isQuiet, "Do not print remarks and progress");
     }
 
@@ -181,9 +184,8 @@ public:
     {
         const LogFormat format = readFormat(options.sourcePath);
         if (format == LogFormat::Unknown)
-            throw Failure(options.sourcePath +
-                          QLatin1String(": neither a comma-separated text export nor a binary .ld log"));
-        const LogReader reader{QString()}; // first, since without the plug-in there is no use in going on
+            throw notALog(options.sourcePath);
+        const LogReader reader{QString()}; // first, since without the plug-in nothing can be imported in the end
         const Inspect::RewriteSummary summary = rewrite(format == LogFormat::Binary);
         printSummary(options, summary, output);
         output.flush();

@@ -37,8 +37,10 @@ qsizetype selectLap(const Log &log, std::optional<qsizetype> lap)
     if (!lap)
         return usualLap(log.laps);
     if (*lap >= log.laps.size())
-        throw Failure(QStringLiteral("%1: no lap with index %2, expected 0 to %3")
-                          .arg(log.path, QString::number(*lap), QString::number(log.laps.size() - 1)));
+        throw Failure(QStringLiteral("%1: no lap with index %2, expected 0%3")
+                          .arg(log.path)
+                          .arg(*lap)
+                          .arg(log.laps.size() > 1 ? QStringLiteral(" to %1").arg(log.laps.size() - 1) : QString()));
     return *lap;
 }
 

@@ -127,7 +127,7 @@ ImportText importText(PassedOver reason)
 
 void printTable(const StoredLog &log, bool isBinary, Output &output)
 {
-    output.writeText(QStringLiteral("%1 as the file holds them: %2\n\n")
+    output.writeText(QStringLiteral("%1 in the file: %2\n\n")
                          .arg(isBinary ? QStringLiteral("Records") : QStringLiteral("Columns"))
                          .arg(log.channels.size()));
     std::vector<Column> columns{{QStringLiteral("Name")},
@@ -291,14 +291,14 @@ void printBinaryValues(BinaryLog &file, const std::vector<std::size_t> &indices,
         const BinaryRecord &record = file.records()[index];
         if (record.rate() == 0)
             continue; // at no instant that could be told
-        header.append(quotedIfNeeded(record.name));
+        header.append(record.name);
         auto group = std::find_if(groups.begin(), groups.end(), [&](const auto &g) { return g.rate == record.rate(); });
         if (group == groups.end())
             group = groups.insert(group, {record.rate(), 0});
         channels.push_back({file.samples(record), static_cast<std::size_t>(group - groups.begin())});
         group->count = std::max<qint64>(group->count, std::ssize(channels.back().samples));
     }
-    output.writeText(header.join(u',') + u'\n');
+    output.writeText(headerLine(header));
     printRows(channels, groups, output);
 }
 
@@ -306,8 +306,8 @@ void printTextValues(TextLog &file, const std::vector<std::size_t> &indices, Out
 {
     QStringList header;
     for (const std::size_t index : indices)
-        header.append(quotedIfNeeded(file.columns()[index].title));
-    output.writeText(header.join(u',') + u'\n');
+        header.append(file.columns()[index].title);
+    output.writeText(headerLine(header));
     QByteArray line;
     while (!indices.empty() && file.nextRow()) {
         const auto cells = file.cells();
@@ -354,6 +354,18 @@ void keep(StoredLog &log, const std::vector<std::size_t> &indices)
 }
 
 } // namespace
+
+bool hasStoredChannels(const QString &path, LogFormat format)
+{
+    if (format == LogFormat::Binary) {
+        const BinaryLog file(path);
+        checkOpen(path, file);
+        return !file.records().empty();
+    }
+    const TextLog file(path);
+    checkOpen(path, file);
+    return !file.columns().empty();
+}
 
 void printStoredChannels(const QString &path, LogFormat format, bool isJson, Output &output)
 {

@@ -12,6 +12,9 @@ namespace Host {
 
 class Output;
 
+/// Whether there are any channels in the log at @p path. Throws Failure if it cannot be opened.
+bool hasStoredChannels(const QString &path, LogFormat format);
+
 /// Prints the channels in the log at @p path, all records of a .ld log and all columns of a text export, each with its
 /// rate and range; as a table, or as one JSON object on a line of its own. Throws Failure.
 void printStoredChannels(const QString &path, LogFormat format, bool isJson, Output &output);

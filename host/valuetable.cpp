@@ -3,11 +3,15 @@
 #include "host/exactnumber.h"
 #include "host/logreader.h"
 #include "host/output.h"
+#include "host/platform.h"
+#include "host/textformat.h"
 
 #include <algorithm>
 #include <array>
 
 namespace Host {
+
+namespace {
 
 QString quotedIfNeeded(QString name)
 {
@@ -16,18 +20,27 @@ QString quotedIfNeeded(QString name)
     return needsQuotes ? u'"' + name.replace(u'"', QLatin1String("\"\"")) + u'"' : name;
 }
 
+} // namespace
+
+QString headerLine(const QStringList &names)
+{
+    const bool isTerminal = isOutputTerminal();
+    QStringList fields;
+    for (const QString &name : names)
+        fields.append(quotedIfNeeded(isTerminal ? printable(name) : name));
+    return fields.join(u',') + u'\n';
+}
+
 void printValues(const Log &log, qsizetype index, const QStringList &names, Output &output)
 {
     const auto &lap = log.laps[index];
-    QStringList header;
     std::vector<QSharedPointer<KOV::SDK::Channel>> channels;
     long long rows = 0;
     for (const QString &name : names) {
-        header.append(quotedIfNeeded(name));
         channels.push_back(findChannel(*lap, name));
         rows = std::max(rows, channels.back()->size());
     }
-    output.writeText(header.join(u',') + u'\n');
+    output.writeText(headerLine(names));
 
     QByteArray line;
     std::array<char, maxNumberLength> number{};

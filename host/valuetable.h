@@ -15,7 +15,8 @@ struct Log;
 /// value is an empty field.
 void printValues(const Log &log, qsizetype lap, const QStringList &names, Output &output);
 
-/// @p name as a field of such text: in double quotes where it holds a comma, a quote or a line break.
-QString quotedIfNeeded(QString name);
+/// The header row of such text, with names in double quotes that hold a comma, a quote or a line break. Control
+/// characters are replaced where the row goes to a terminal.
+QString headerLine(const QStringList &names);
 
 } // namespace Host

@@ -57,7 +57,7 @@ public:
         return {facts, list.sorted()};
     }
 
-    // What the records tell without their samples.
+    // What the records say without their samples.
     QString remark() const
     {
         const auto &records = log.records();
@@ -117,7 +117,7 @@ private:
         judgeLaps();
         if (laps.isEmpty() && list.sorted().isEmpty()) {
             Finding &finding = list.add(FindingCode::NoLapsCut);
-            finding.found = QStringLiteral("The log has all the channels that laps are cut by.");
+            finding.found = QStringLiteral("The log has all the channels that laps come from.");
             finding.read = QStringLiteral("The import finds no laps.");
             finding.remedy = QStringLiteral("Run \"orva-host rewrite\" on the log.");
         }
@@ -152,12 +152,12 @@ private:
                                 .arg(kind->size())
                                 .arg(places.size())
                                 .arg(verb, kind.key(), listOf(*kind));
-            finding.read =
-                hasNoRate ? QStringLiteral("The import passes them over: a channel needs a sample rate.")
-                          : QStringLiteral("The import passes them over: it reads 16-bit and 32-bit integers alone.");
+            finding.read = hasNoRate
+                               ? QStringLiteral("The import skips channels without a sample rate.")
+                               : QStringLiteral("The import skips these: it reads only 16-bit and 32-bit integers.");
             finding.remedy =
-                hasNoRate ? QStringLiteral("Nothing, unless you miss these channels: the logger did not finish them.")
-                          : QStringLiteral("Run \"orva-host rewrite\" on the log: it reads floating point too.");
+                hasNoRate ? QStringLiteral("Nothing can be done: without a rate, the times of the samples are unknown.")
+                          : QStringLiteral("Run \"orva-host rewrite\" on the log: it also reads floating point.");
         }
     }
 
@@ -205,7 +205,7 @@ private:
                              .arg(candidate->place.record)
                              .arg(quoted(name));
             like.read = QStringLiteral("The import takes no laps from it.");
-            like.remedy = QStringLiteral("Run \"orva-host rewrite\" on the log, which takes it for that.");
+            like.remedy = QStringLiteral("Run \"orva-host rewrite\" on the log, which uses it instead.");
         }
     }
 
@@ -252,8 +252,8 @@ private:
                 QStringLiteral("The file ends before the samples of %1 do: %2 missing, in %3.")
                     .arg(counted(cutOff.size(), QStringLiteral("channel")),
                          counted(missing, QStringLiteral("sample is"), QStringLiteral("samples are")), listOf(cutOff));
-            finding.read = QStringLiteral("Missing samples read as a stored 0.");
-            finding.remedy = QStringLiteral("Copy the log from the logger again, or leave out its end.");
+            finding.read = QStringLiteral("Missing samples are read as if a 0 were stored.");
+            finding.remedy = QStringLiteral("Copy the log from the logger again, or do without its end.");
         }
         if (log.isListCutOff() || log.isCircular()) {
             Finding &finding = list.add(FindingCode::CutOff, places.back().place);
@@ -297,7 +297,7 @@ private:
                     counter.add(static_cast<double>(sample));
                 evidence.push_back(
                     {placeOf(record),
-                     QStringLiteral("The channel %1 starts anew or counts on at each line").arg(quoted(record.name)),
+                     QStringLiteral("The channel %1 restarts or counts up at each lap").arg(quoted(record.name)),
                      counter.laps()});
             }
         }
@@ -342,7 +342,7 @@ CheckResult checkOther(const QString &path)
     const FileLook look = file.open(QIODevice::ReadOnly) ? lookOf(file.read(fileLookBytes)) : FileLook();
     FindingList list;
     Finding &finding = list.add(FindingCode::NotALog);
-    finding.found = look.what.isEmpty() ? QStringLiteral("The file is binary data of a kind that is not known here.")
+    finding.found = look.what.isEmpty() ? QStringLiteral("The file is binary data of an unknown kind.")
                                         : QStringLiteral("The file is %1.").arg(look.what);
     finding.read = QStringLiteral("Nothing is read, as it is neither a text export nor a binary .ld log.");
     finding.remedy = look.what.isEmpty()

@@ -1,4 +1,4 @@
-// The check of text exports: cells as they stand against the samples that the import made of them.
+// The check of text exports: compares their cells with the samples that the import made of them.
 
 #include "inspect/check.h"
 #include "inspect/filelook.h"
@@ -16,7 +16,7 @@ namespace Inspect {
 
 namespace {
 
-constexpr int thinning = 6; // at 360 comparison.rows per second the import keeps every sixth
+constexpr int thinning = 6; // at 360 rows per second the import keeps every sixth
 constexpr qsizetype rowsOfRemark = 100;
 constexpr double longLap = 600.0; // seconds
 
@@ -118,10 +118,12 @@ private:
         finding.channels = titles(tally);
         return finding;
     }
-    QString spread(const Finding &finding) const
+    // "There are 11 such cells, in 3 of 4 columns: ...", where @p kind is "such".
+    QString spread(const Finding &finding, const QString &kind) const
     {
-        return QStringLiteral("%1 in %2 of %3 columns: %4")
-            .arg(counted(finding.count, QStringLiteral("cell")))
+        return QStringLiteral("There %1 %2, in %3 of %4 columns: %5.")
+            .arg(finding.count == 1 ? QStringLiteral("is") : QStringLiteral("are"),
+                 counted(finding.count, kind + QStringLiteral(" cell")))
             .arg(finding.channels.size())
             .arg(columns.size())
             .arg(listOf(finding.channels));
@@ -134,13 +136,15 @@ private:
             Finding &finding = list.add(FindingCode::NoHeader, {head.titlesLine, 0, 0, {}});
             finding.found =
                 head.isWithoutEmptyLine
-                    ? QStringLiteral("No empty line stands between the header block and the channel names in line %1.")
+                    ? QStringLiteral("No empty line separates the header block from the channel names in line %1.")
                           .arg(head.titlesLine)
-                    : QStringLiteral("No empty line closes the header block, and no channel names follow.");
+                    : QStringLiteral("No empty line ends the header block, and no channel names follow.");
             finding.read = QStringLiteral("The import takes every line for a header row and finds no channels.");
             finding.remedy =
-                QStringLiteral("Put an empty line before the channel names and another after the units, or run "
-                               "\"orva-host rewrite\" on the file.");
+                head.isWithoutEmptyLine
+                    ? QStringLiteral("Put an empty line before the channel names and another after the units, or run "
+                                     "\"orva-host rewrite\" on the file.")
+                    : QStringLiteral("Export the log again, with channel names, units and rows.");
         } else if (head.header.empty()) {
             Finding &finding = list.add(FindingCode::NoHeader, {1, 0, 0, {}});
             finding.found = QStringLiteral("The file has no header rows before its channel names.");
@@ -149,16 +153,17 @@ private:
         }
         if (comparison.samples == 0 && lostRows == 0 && !list.contains(FindingCode::NoHeader)) {
             Finding &finding = list.add(FindingCode::NoRows, {head.titlesLine, 0, 0, {}});
-            finding.found = QStringLiteral("No rows follow the channel names in line %1.").arg(head.titlesLine);
-            finding.read = QStringLiteral("The import gives one lap without channels.");
+            finding.found = head.titlesLine > 0
+                                ? QStringLiteral("No rows follow the channel names in line %1.").arg(head.titlesLine)
+                                : QStringLiteral("The file ends after its header rows.");
+            finding.read = QStringLiteral("The import finds no samples.");
             finding.remedy = QStringLiteral("Export the log again; the export was cut off, or its range was empty.");
         }
         if (comparison.rowsInPreamble > 0 && !head.isWithoutEmptyLine) {
             Finding &finding = list.add(FindingCode::RowsNotRead, {comparison.firstInPreamble, 0, 0, {}});
             finding.count = comparison.rowsInPreamble;
-            finding.found =
-                QStringLiteral("A row of numbers stands in line %1, where the units or an empty line belong.")
-                    .arg(comparison.firstInPreamble);
+            finding.found = QStringLiteral("Line %1 is a row of numbers, where the units or an empty line belong.")
+                                .arg(comparison.firstInPreamble);
             finding.read =
                 QStringLiteral("The import drops %1.").arg(counted(comparison.rowsInPreamble, QStringLiteral("row")));
             finding.remedy = QStringLiteral("Put the units and an empty line between the channel names and the rows.");
@@ -166,8 +171,7 @@ private:
         if (comparison.firstUnread != 0 && !list.contains(FindingCode::NoHeader)) {
             Finding &finding = list.add(FindingCode::RowsNotRead, {comparison.firstUnread, 0, 0, {}});
             finding.count = comparison.keptRows - comparison.samples;
-            finding.found =
-                QStringLiteral("The file holds %1.").arg(counted(comparison.keptRows, QStringLiteral("row")));
+            finding.found = QStringLiteral("The file has %1.").arg(counted(comparison.keptRows, QStringLiteral("row")));
             finding.read =
                 QStringLiteral(
                     "%1 of them were read; the import stopped at line %2, where its limit for rows of uneven "
@@ -184,7 +188,7 @@ private:
                                 .arg(quoted(rate->value), counted(comparison.rows, QStringLiteral("row")));
             finding.read = QStringLiteral("Every sixth row is read, which makes 60 per second; %1 are skipped.")
                                .arg(counted(finding.count, QStringLiteral("row")));
-            finding.remedy = QStringLiteral("Nothing, if 60 per second will do. Else export at another rate.");
+            finding.remedy = QStringLiteral("Nothing, if 60 per second will do. Otherwise export at another rate.");
         }
         judgeUnevenRows();
         judgeTime();
@@ -208,9 +212,9 @@ private:
             return;
         }
         finding.found =
-            QStringLiteral("%1 not as many cells as there are channel names (%2); the first, in line %3, has %4.")
-                .arg(uneven.rows == 1 ? QStringLiteral("1 row has")
-                                      : counted(uneven.rows, QStringLiteral("row")) + QLatin1String(" have"))
+            QStringLiteral("%1 not have as many cells as there are channel names (%2); the first, in line %3, has %4.")
+                .arg(uneven.rows == 1 ? QStringLiteral("1 row does")
+                                      : counted(uneven.rows, QStringLiteral("row")) + QLatin1String(" do"))
                 .arg(columns.size())
                 .arg(uneven.firstLine)
                 .arg(uneven.firstCells);
@@ -223,7 +227,8 @@ private:
             uneven.longRows > 0
                 ? QStringLiteral("Look for decimal commas without quotes, which split a number in two, and "
                                  "export again.")
-                : QStringLiteral("Export the log again.");
+                : QStringLiteral("Nothing, if these channels end early, as they may after \"orva-host rewrite\". "
+                                 "Otherwise export the log again.");
     }
 
     void judgeTime()
@@ -234,7 +239,7 @@ private:
         Finding &finding = list.add(FindingCode::TimeGap, clock.firstGap);
         finding.count = clock.gaps;
         finding.found = QStringLiteral("The clock %1 from %2 s to %3 s at line %4")
-                            .arg(clock.gapTo < clock.gapFrom ? QStringLiteral("falls back") : QStringLiteral("jumps"))
+                            .arg(clock.gapTo < clock.gapFrom ? QStringLiteral("goes back") : QStringLiteral("jumps"))
                             .arg(clock.gapFrom, 0, 'f', 3)
                             .arg(clock.gapTo, 0, 'f', 3)
                             .arg(clock.firstGap.line);
@@ -242,10 +247,10 @@ private:
             clock.gaps == 1 ? QStringLiteral(".")
                             : QStringLiteral(", and at %1 more.").arg(counted(clock.gaps - 1, QStringLiteral("place")));
         finding.read = clock.falls == clock.gaps
-                           ? QStringLiteral("The rows follow each other as if the clock went on.")
-                           : QStringLiteral("The rows follow each other as if no time were missing; %1 in all.")
+                           ? QStringLiteral("The import joins the rows as if the clock ran on.")
+                           : QStringLiteral("The import joins the rows as if no time were missing; in all, %1 are.")
                                  .arg(durationText(clock.skippedSeconds));
-        finding.remedy = QStringLiteral("Export one outing at a time; lap times across the gap are not to be trusted.");
+        finding.remedy = QStringLiteral("Export one outing at a time. Do not trust lap times across the gap.");
     }
 
     void judgeCells()
@@ -253,8 +258,8 @@ private:
         if (comparison.quotedPoint.cells > 0) {
             Finding &finding = addTally(FindingCode::QuotedPoint, comparison.quotedPoint);
             const QString withComma = QString(comparison.quotedPoint.text).replace(u'.', u',');
-            finding.found = QStringLiteral("%1 stands in quotes with a decimal point; so do %2.")
-                                .arg(quoted(comparison.quotedPoint.text), spread(finding));
+            finding.found = QStringLiteral("%1 is in quotes with a decimal point. %2")
+                                .arg(quoted(comparison.quotedPoint.text), spread(finding, QStringLiteral("such")));
             finding.read = QStringLiteral("They are read as 0: a number in quotes needs a decimal comma, as in %1.")
                                .arg(quoted(withComma));
             finding.remedy =
@@ -264,28 +269,27 @@ private:
         if (comparison.shifted.cells > 0) {
             Finding &finding = addTally(FindingCode::ShiftedCells, comparison.shifted);
             finding.found =
-                QStringLiteral("%1 has a comma inside its quotes that is not a decimal sign; so do cells in %2.")
+                QStringLiteral(
+                    "%1 has a comma inside its quotes that is not a decimal comma. There are such cells in %2.")
                     .arg(quoted(comparison.shifted.text), counted(comparison.shifted.cells, QStringLiteral("row")));
-            finding.read =
-                QStringLiteral("The import splits the cell there, and what follows lands one column too far.");
+            finding.read = QStringLiteral(
+                "The import splits the cell at the comma, which moves all cells after it one column on.");
             finding.remedy =
                 QStringLiteral("Leave the column out of the export, or run \"orva-host rewrite\" on the file.");
         }
         if (comparison.notNumber.cells > 0) {
             Finding &finding = addTally(FindingCode::NotANumber, comparison.notNumber);
-            finding.found = QStringLiteral("%1 is not a number to the import; likewise %2.")
-                                .arg(quoted(comparison.notNumber.text), spread(finding));
+            finding.found = QStringLiteral("%1 is not a number to the import. %2")
+                                .arg(quoted(comparison.notNumber.text), spread(finding, QStringLiteral("such")));
             finding.read = QStringLiteral("They are read as 0.");
             finding.remedy = QStringLiteral("Leave texts out of the export, or give them as numbers.");
         }
         if (comparison.empty.cells > 0) {
             Finding &finding = addTally(FindingCode::EmptyCells, comparison.empty);
-            finding.found = QStringLiteral("%1 empty: %2.")
-                                .arg(finding.count == 1 ? QStringLiteral("A cell is") : QStringLiteral("Cells are"),
-                                     spread(finding));
+            finding.found = spread(finding, QStringLiteral("empty"));
             finding.read = QStringLiteral("They are read as 0, not as missing.");
             finding.remedy =
-                QStringLiteral("Take a 0 in these columns with care, or export them at the rate of the rows.");
+                QStringLiteral("Do not rely on a 0 in these columns, or export them at the rate of the rows.");
         }
     }
 
@@ -311,7 +315,7 @@ private:
                              .arg(candidate->place.column)
                              .arg(quoted(QString(channel.title)));
             like.read = QStringLiteral("The import treats it like any other channel.");
-            like.remedy = QStringLiteral("Run \"orva-host rewrite\" on the file, which takes it for that.");
+            like.remedy = QStringLiteral("Run \"orva-host rewrite\" on the file, which uses it instead.");
         }
         for (std::size_t i = 0; i < columns.size(); ++i) {
             const std::size_t kept = comparison.keptColumn(i);
@@ -351,7 +355,7 @@ private:
             for (const auto &[column, counter] : comparison.lapCounters) {
                 if (otherName(columns[column].name)->role == role)
                     evidence.push_back({columns[column].place,
-                                        QStringLiteral("%1 in column %2 starts anew or counts on at each line")
+                                        QStringLiteral("%1 in column %2 restarts or counts up at each lap")
                                             .arg(quoted(columns[column].name))
                                             .arg(column + 1),
                                         counter.laps()});

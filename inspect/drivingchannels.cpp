@@ -24,7 +24,7 @@ constexpr std::array<DrivingChannel, 4> driving{{
     {LapRole::CurrentLapTime, QLatin1String("Lap Current Lap Time"), LapChannels::currentTime, QLatin1String("s"),
      QLatin1String("s"),
      QLatin1String("running time of the lap, repaired at its start; in a .ld log its fall finds the lap time"),
-     QLatin1String("laps have no running time to be repaired"),
+     QLatin1String("laps have no running time"),
      QLatin1String("laps have no running time, and no lap gets its lap time")},
     {LapRole::LastLapTime, QLatin1String("Lap Last Lap Time"), LapChannels::lastTime, QLatin1String("s"),
      QLatin1String("s"), QLatin1String("time of the lap before, from which each lap gets its lap time"),

@@ -1,5 +1,7 @@
 #include "inspect/exportcells.h"
 
+#include "inspect/words.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -120,11 +122,11 @@ void CellWriter::tell(QStringList *remarks) const
 {
     const auto remark = [remarks](qint64 count, const char *what) {
         if (count > 0)
-            remarks->append(QString::fromLatin1(what).arg(count));
+            remarks->append(QString::fromLatin1(what).arg(counted(count, QStringLiteral("cell"))));
     };
-    remark(infinities, "NaN or an infinity stood in %1 of the cells; they are empty now, which the import reads as 0");
-    remark(texts, "no number stood in %1 of the cells; they are empty now, which the import reads as 0");
-    remark(blanks, "%1 of the cells are empty, as in the source; the import reads them as 0");
+    remark(infinities, "%1 with NaN or an infinity in the source: now empty, which the import reads as 0");
+    remark(texts, "%1 without a number in the source: now empty, which the import reads as 0");
+    remark(blanks, "%1 empty as in the source, which the import reads as 0");
 }
 
 } // namespace Inspect

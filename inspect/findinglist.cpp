@@ -37,8 +37,8 @@ void FindingList::addDuplicate(const NamedPlace &kept, const NamedPlace &dropped
     const auto spot = [isRecord](const Place &place) {
         return isRecord ? QStringLiteral("record %1").arg(place.record) : QStringLiteral("column %1").arg(place.column);
     };
-    finding.found = QStringLiteral("%1 and %2 are one name to the import (%3 and %4).")
-                        .arg(quoted(dropped.name), quoted(kept.name), spot(dropped.place), spot(kept.place));
+    finding.found = QStringLiteral("%1 in %2 and %3 in %4 have the same name to the import.")
+                        .arg(quoted(dropped.name), spot(dropped.place), quoted(kept.name), spot(kept.place));
     finding.read = QStringLiteral("Only %1 is kept.").arg(spot(kept.place));
     finding.remedy = QStringLiteral("Rename one of the two channels if you need both.");
     finding.channels = {dropped.name, kept.name};
@@ -76,15 +76,15 @@ void FindingList::addConstantChannels(const Laps &laps, const QStringList &excep
                         .arg(finding.count == 1 ? QStringLiteral("1 channel is")
                                                 : QStringLiteral("%1 channels are").arg(finding.count),
                              listOf(finding.channels));
-    finding.read = QStringLiteral("They are read as they stand.");
-    finding.remedy = QStringLiteral("Look whether the sensor was connected, or leave the channel out of the export.");
+    finding.read = QStringLiteral("They are read like any other channel.");
+    finding.remedy = QStringLiteral("Check that the sensor was connected, or leave the channel out of the export.");
 }
 
 void FindingList::addSidecar(const QString &path, const Sidecar &sidecar)
 {
     if (!sidecar.error.isEmpty()) {
         Finding &finding = add(FindingCode::BrokenSidecar, {sidecar.errorLine, 0, 0, {}});
-        finding.found = QStringLiteral("The sidecar %1 breaks off at its line %2: %3.")
+        finding.found = QStringLiteral("The sidecar %1 is broken in line %2: %3.")
                             .arg(quoted(path))
                             .arg(sidecar.errorLine)
                             .arg(sidecar.error);
@@ -113,7 +113,7 @@ void FindingList::addSidecar(const QString &path, const Sidecar &sidecar)
                      listOf(numbers));
         finding.read = QStringLiteral("They are kept as texts, since a \"Unit\" is what makes a value a number.");
         finding.remedy =
-            QStringLiteral("Add Unit=\"\" to the items that should be numbers, if you want to reckon with them.");
+            QStringLiteral("Add Unit=\"\" to the items that should be numbers, if you want to calculate with them.");
     }
 }
 
@@ -135,11 +135,11 @@ void FindingList::addUncutLaps(const std::vector<LapEvidence> &evidence, const L
         finding.count = best->laps;
     } else if (laps.isEmpty() || seconds > longLap) {
         Finding &finding = add(FindingCode::NoLapMarks);
-        finding.found = QStringLiteral("Nothing in the log tells where a lap begins.");
+        finding.found = QStringLiteral("Nothing in the log says where a lap begins.");
         finding.read = read;
         finding.remedy =
-            QStringLiteral("Name the times at which the car crosses the line yourself, with \"orva-host rewrite "
-                           "--laps-at\", or export a lap counter, a lap distance or beacon markers too.");
+            QStringLiteral("Give the times at which the car crosses the line to \"orva-host rewrite --laps-at\", or "
+                           "export a lap counter, a lap distance or beacon markers too.");
     }
 }
 

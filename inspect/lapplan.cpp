@@ -100,8 +100,9 @@ std::vector<LapChannel> lapChannels(const QStringList &titles, const QStringList
                 column = i;
         }
         if (column < 0)
-            throw RewriteError(QStringLiteral("no channel \"%1\" for \"%2\"")
-                                   .arg(mapping.title, QString(drivingChannel(mapping.role).title)));
+            throw RewriteError(
+                QStringLiteral("no channel \"%1\" for \"%2\"; \"orva-host channels --stored\" lists them")
+                    .arg(mapping.title, QString(drivingChannel(mapping.role).title)));
         LapChannel &channel = add(column, mapping.role, 1.0);
         channel.isMapped = true;
         channel.isScaleGiven = mapping.scale.has_value();
@@ -139,7 +140,7 @@ void LapChannelSurvey::add(double time, double value)
         break;
     case LapRole::CurrentLapTime:
         restart.add(time, value * source.scale);
-        if (value > 0.0) // a timer that stands says nothing
+        if (value > 0.0) // a timer that has stopped says nothing
             held.add(time, time - value * source.scale);
         break;
     case LapRole::LastLapTime:
@@ -355,8 +356,9 @@ bool LapPlan::takeMarks(const LapMarks &marks, bool isOfUser)
     }
     const QString range = QStringLiteral("%1 to %2 s").arg(secondsText(clues.firstTime), secondsText(clues.lastTime));
     if (outside > 0 && isOfUser)
-        throw RewriteError(QStringLiteral("%1 of %2 outside the rows, which last from %3")
-                               .arg(counted(outside, QStringLiteral("mark")), marks.origin, range));
+        throw RewriteError(QStringLiteral("%1 of %2 %3 outside the rows, which last from %4")
+                               .arg(counted(outside, QStringLiteral("mark")), marks.origin,
+                                    outside == 1 ? QStringLiteral("lies") : QStringLiteral("lie"), range));
     if (outside > 0)
         notes.append(QStringLiteral("not used, as they lie outside the rows, which last from %1: %2 of the %3 of %4")
                          .arg(range)

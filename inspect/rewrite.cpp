@@ -73,7 +73,7 @@ QString checkedSidecarPath(const RewriteOptions &options)
     if (target.isEmpty())
         refuse(QStringLiteral("the name of the new file is empty"));
     if (QFileInfo(target).isDir())
-        refuse(QStringLiteral("%1 is a directory, expected the name of a file").arg(target));
+        refuse(QStringLiteral("%1 is a folder, expected the name of a file").arg(target));
     if (isThere(target) && !QFileInfo(target).isFile())
         refuse(QStringLiteral("%1 is not a regular file").arg(target));
     if (isSameFile(target, options.sourcePath))
@@ -122,7 +122,7 @@ RewriteSummary rewriteLog(const RewriteOptions &options, bool isBinary)
     const Sidecar sidecar = readSidecar(sidecarPath(options.sourcePath));
     RewriteSummary summary;
     if (!sidecar.error.isEmpty())
-        summary.remarks.append(QStringLiteral("the sidecar breaks off at line %1 (%2); what stands before that is used")
+        summary.remarks.append(QStringLiteral("the sidecar is broken in line %1 (%2); what comes before that is used")
                                    .arg(sidecar.errorLine)
                                    .arg(sidecar.error));
 

@@ -21,7 +21,7 @@ struct RewriteOptions
     QString targetPath;
     std::vector<LapMapping> mappings;
     std::optional<std::vector<double>> lapsAt; ///< seconds on the clock of the log, rising
-    bool mayOverwrite = false;                 ///< what stands at the target or at its sidecar's place
+    bool mayOverwrite = false;                 ///< what is at the target or at its sidecar's place
     std::function<void(double)> progress;      ///< called now and then with the share that is done, 0 to 1; may be null
 };
 
@@ -37,9 +37,9 @@ struct RewriteSummary
     QString source; ///< what the source is: "text export, quoted cells with a decimal point, 20 rows per second"
     QString rate;   ///< what was done to bring it to the written rate
     qint64 rows = 0;
-    qsizetype channels = 0;
+    qsizetype channels = 0; ///< with the driving ones
     std::array<Origin, 4> origins;
-    QString laps;        ///< what tells the laps; empty where nothing does
+    QString laps;        ///< where the laps come from; empty where nothing marks them
     QString sidecarPath; ///< empty where none was written
     qsizetype sidecarItems = 0;
     QStringList remarks; ///< what is not as it was in the source, or could not be had from it
@@ -52,7 +52,7 @@ inline constexpr int rewriteRate = 60;
 /// sidecar beside that.
 ///
 /// Both files are written under other names in their folder and renamed when they are complete; on a failure nothing is
-/// left. The source is read twice. Memory does not grow with it: some blocks of a megabyte, and what tells of laps. A
+/// left. The source is read twice. Memory does not grow with it: some blocks of a megabyte, and what marks laps. A
 /// .ld log is brought to the common rate in a temporary file beside the target. Throws RewriteError. Re-entrant for
 /// different targets.
 RewriteSummary rewriteLog(const RewriteOptions &options, bool isBinary);

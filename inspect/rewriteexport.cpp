@@ -115,8 +115,9 @@ public:
         std::optional<LapClues> clues = survey();
         if (!clues) { // the time column falls: rows are counted instead
             if (headerRate <= 0.0)
-                throw RewriteError(QStringLiteral("its \"Time\" falls and no \"Sample Rate\" tells when rows came"));
-            job.summary.remarks.append(QStringLiteral("\"Time\" falls; rows are timed by \"Sample Rate\" instead"));
+                throw RewriteError(
+                    QStringLiteral("its \"Time\" goes back, and it has no \"Sample Rate\" to time its rows by"));
+            job.summary.remarks.append(QStringLiteral("\"Time\" goes back; rows are timed by \"Sample Rate\" instead"));
             hasClock = false;
             rate = headerRate;
             chooseWay();
@@ -169,7 +170,7 @@ private:
                 times.push_back(*time * timeScale);
         }
         if (rows == 0)
-            throw RewriteError(QStringLiteral("holds no data rows, expected a header, channel names, units and rows"));
+            throw RewriteError(QStringLiteral("no data rows; expected a header, channel names, units and rows"));
         // Columns without a title and a value come from a comma at the end of the lines.
         while (!titles.isEmpty() && titles.last().isEmpty() &&
                !shape.hasValue[static_cast<std::size_t>(titles.size() - 1)]) {
@@ -177,7 +178,7 @@ private:
             units.removeLast();
         }
         if (titles.isEmpty())
-            throw RewriteError(QStringLiteral("has no channel names before its rows"));
+            throw RewriteError(QStringLiteral("no channel names before its rows"));
         shape.timedRows = times.size();
         shape.timeStep = usualStep(times);
     }
@@ -213,19 +214,20 @@ private:
         if (timed > 0.0 && (rate <= 0.0 || std::abs(timed - rate) > ratesDiffer * rate)) {
             if (rate > 0.0)
                 job.summary.remarks.append(
-                    QStringLiteral("\"Sample Rate\" says %1, but \"Time\" rises by %2 s a row; the time counts")
+                    QStringLiteral("\"Sample Rate\" is %1, but \"Time\" rises by %2 s per row; the time is used")
                         .arg(rate)
                         .arg(shape.timeStep, 0, 'g', 4));
             rate = std::abs(timed - std::round(timed)) <= nearRate * timed ? std::round(timed) : timed;
         }
         if (rate <= 0.0)
-            throw RewriteError(QStringLiteral("neither a \"Time\" column nor a \"Sample Rate\" tells when rows came"));
+            throw RewriteError(
+                QStringLiteral("it has neither a column \"Time\" nor a \"Sample Rate\" to time its rows by"));
         if (rate < lowestRate)
             throw RewriteError(QStringLiteral("its rows come %1 s apart, expected at most %2 s")
                                    .arg(1.0 / rate, 0, 'g', 4)
                                    .arg(1.0 / lowestRate));
         if (timed == 0.0 && shape.timedRows != 1)
-            hasClock = false; // it stands
+            hasClock = false; // it does not move
         chooseWay();
     }
 
@@ -489,8 +491,9 @@ private:
             writer.writeLine({"Sample Rate", writtenRate.toLatin1(), "Hz"});
         writeBeaconMarkers(writer, plan);
         if (isChanged)
-            job.summary.remarks.append(QStringLiteral("commas and quotes in header texts, which this format cannot "
-                                                      "carry, are now semicolons and apostrophes"));
+            job.summary.remarks.append(
+                QStringLiteral("characters in header texts that this format cannot carry are replaced: commas by "
+                               "semicolons, quotes by apostrophes, others by blanks"));
         const QString session = preamble.value(u"Session");
         if (getSessionFromString(session) != KOV::SDK::Session::UnknownSession)
             job.sessionWord = session;
@@ -505,7 +508,7 @@ private:
                                                           : QStringLiteral("quoted cells with a decimal point"),
                                   rateText(rate));
         const double share = rate / rewriteRate;
-        summary.rate = areRowsKept ? QStringLiteral("rows are kept as they are")
+        summary.rate = areRowsKept ? QStringLiteral("kept as they are")
                        : rate > rewriteRate && std::abs(share - std::round(share)) < nearRate
                            ? QStringLiteral("one of %1 rows is kept").arg(std::round(share))
                            : QStringLiteral("interpolated in time between rows, without a filter");
@@ -526,7 +529,7 @@ private:
     double timeScale = 0.0; // to seconds; 0 without a time column
     double headerRate = 0.0;
     double rate = 0.0;
-    bool hasClock = false; // the time column tells when rows came
+    bool hasClock = false; // the time column says when rows were recorded
     bool areRowsKept = false;
     qint64 rowCount = 0;
     QStringList ownTitles;

@@ -2,6 +2,7 @@
 
 #include "inspect/binarylog.h"
 #include "inspect/rewriteerror.h"
+#include "inspect/words.h"
 #include "ld/resample.h"
 
 #include <QtCore/QFileInfo>
@@ -144,7 +145,9 @@ private:
                 if (record.claimedSamples() > 0)
                     unreadable.append(QStringLiteral("\"%1\" (%2)")
                                           .arg(record.name, record.rate() == 0 ? QStringLiteral("no sample rate")
-                                                                               : record.kindText()));
+                                                            : record.passedOver == PassedOver::No
+                                                                ? QStringLiteral("its samples are missing")
+                                                                : record.kindText()));
                 continue;
             }
             records.push_back(&record);
@@ -153,7 +156,7 @@ private:
             rowCount = std::max(rowCount, length);
         }
         if (records.empty())
-            throw RewriteError(QStringLiteral("holds no channel that can be read"));
+            throw RewriteError(QStringLiteral("no channel that can be read"));
         if (!unreadable.isEmpty())
             job.summary.remarks.append(QLatin1String("records that cannot be read are left out: ") +
                                        unreadable.join(QLatin1String(", ")));
@@ -218,10 +221,10 @@ private:
                                          [this](const Column &column) { return column.length < rowCount; });
         if (ending != columns.end())
             job.summary.remarks.append(
-                QStringLiteral(
-                    "%1 channels end before the last row, the first of them at %2 s; rows after the end of a "
-                    "channel have no value for it")
-                    .arg(columns.end() - ending)
+                QStringLiteral("%1 before the last row, the first at %2 s; rows after the end of a channel have no "
+                               "value for it")
+                    .arg(
+                        counted(columns.end() - ending, QStringLiteral("channel ends"), QStringLiteral("channels end")))
                     .arg(static_cast<double>(columns.back().length) / rewriteRate, 0, 'f', 3));
     }
 

@@ -70,7 +70,7 @@ std::vector<WrittenColumn> writtenColumns(const QStringList &titles, const QStri
         return text;
     };
     if (!renamed.isEmpty())
-        remarks->append(QLatin1String("the import keeps one of several channels with the same name; renamed: ") +
+        remarks->append(QLatin1String("the import keeps only one of several channels with the same name; renamed: ") +
                         list(renamed));
     if (!respelled.isEmpty())
         remarks->append(
@@ -108,6 +108,7 @@ void describeOrigins(const LapPlan &plan, RewriteSummary *summary)
     for (std::size_t i = 0; i < drivingRoles.size(); ++i) {
         const DrivingChannel &channel = drivingChannel(drivingRoles[i]);
         summary->origins[i] = {channel.title, channel.unit, plan.source(drivingRoles[i]).origin};
+        summary->channels += summary->origins[i].text.isEmpty() ? 0 : 1;
     }
     summary->laps = plan.origin();
     summary->remarks = plan.remarks() + summary->remarks;

@@ -124,6 +124,7 @@ private Q_SLOTS:
         row("log after --", "setup -- -x", 1, "orva-host: ./-x: no such file\n");
         row("no log for a command", "laps -q", 2, "no log given (see orva-host laps --help)");
         row("command after an option", "-q laps @log.csv", 2, "\"laps\" is a command and comes first");
+        row("second log", "rewrite -o @new @log.csv @nosetup.csv", 2, "more than one log given: ");
         row("unknown option", "--frob @log.csv", 2, "unknown option --frob (see orva-host laps --help)");
         row("option without value", "@log.csv --lap", 2, "--lap needs a value");
         row("lap is no number", "--lap 1.5 @log.csv", 2, "--lap is \"1.5\"");
@@ -180,6 +181,9 @@ private Q_SLOTS:
         row("short NULs", fileOf(QByteArray(7, '\0')), 1, "neither");
         row("image", fileOf(QByteArray("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x10\0\0\0\x10\x08\2\0\0\0", 29)), 1,
             "neither");
+        row("no log at all", "channels --stored " + fileOf("\x1F\x8B\b\0\0"_ba), 1, "neither a text export");
+        row("no columns", "values --stored " + fileOf("Venue,X\n\n"), 1,
+            "no channels in the file; see orva-host check ");
         row("program", fileOf("\177ELF\2\1\1" + QByteArray(40, '\0')), 1, "neither");
 
         const auto lap = channel("lap", {1, 1, 1, 1, 1});
@@ -200,7 +204,8 @@ private Q_SLOTS:
         row("no distance", fileOf(LdWriter::log({lap})), 1, "no \"lapdistpct\" channel");
         row("few samples", fileOf(LdWriter::log({lap, channel("lapdistpct", {1, 1, 1, 1})})), 1,
             "\"lapdistpct\" channel has too few samples");
-        row("absurd claim", fileOf(LdWriter::log({huge, distance})), 1, "sample count of its \"lap\" channel is implausible for a file of");
+        row("absurd claim", fileOf(LdWriter::log({huge, distance})), 1,
+            "sample count of its \"lap\" channel is implausible for a file of");
 
         std::vector<LdWriter::Channel> channels{lap, distance};
         for (const char *name : {"%1", "b", "c", "b", "d", "e", "f", "g"}) {

@@ -190,7 +190,7 @@ private Q_SLOTS:
         row("archive", "PK\3\4......race.csv", u"ZIP"_s);
         row("compressed", "\x1F\x8B", u"gzip"_s);
         row("document", "%PDF-1.7", u"PDF"_s);
-        row("data", "\1\2\3", u"not known"_s);
+        row("data", "\1\2\3", u"unknown kind"_s);
     }
     void otherFiles()
     {

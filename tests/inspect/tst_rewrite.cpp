@@ -196,7 +196,7 @@ private Q_SLOTS:
         const Table<QByteArray, QString, double, QString> row("content", "mapped", "scale", "laps");
         row("laps at", log, {}, 0.0, u"0:0.12.000/720 1:-/1080"_s);
         row("position", log, u"way"_s, 200.0, u"0:0.10.500/630 1:0.09.750/585 2:-/585"_s);
-        row("position whose scale its range tells", log, u"Car Pos Norm"_s, 0.0,
+        row("position whose scale follows from its range", log, u"Car Pos Norm"_s, 0.0,
             u"0:0.10.500/630 1:0.09.750/585 2:-/585"_s);
     }
     void wishes()
@@ -372,13 +372,14 @@ private Q_SLOTS:
         const QByteArray falling = drive(rate60 + "\n\"Beacon Markers\",\"15 12.5\"", {counter});
         const Table<QByteArray, bool, QString, QString> row("content", "isBinary", "mapped", "error");
         row("no rows", "\"Sample Rate\",\"60\"\n\n\"Time\",\"Speed\"\n\"s\",\"m\"\n\n", false, {},
-            u"holds no data rows, expected a header, channel names, units and rows"_s);
+            u"no data rows; expected a header, channel names, units and rows"_s);
         row("no time and no rate", "\"a\",\"b\"\n\n\"x\",\"y\"\n\"\",\"\"\n\n1,2\n3,4\n", false, {},
-            u"neither a \"Time\" column nor a \"Sample Rate\" tells when rows came"_s);
+            u"it has neither a column \"Time\" nor a \"Sample Rate\" to time its rows by"_s);
         row("falling marks", falling, false, {},
             u"the marks of the header row \"Beacon Markers\" contradict each other: 12.500 comes after 15.000"_s);
-        row("no such channel", log, false, u"Nothing"_s, u"no channel \"Nothing\" for \"Lap Number\""_s);
-        row("no channels", LdWriter::log({}), true, {}, u"holds no channel that can be read"_s);
+        row("no such channel", log, false, u"Nothing"_s,
+            u"no channel \"Nothing\" for \"Lap Number\"; \"orva-host channels --stored\" lists them"_s);
+        row("no channels", LdWriter::log({}), true, {}, u"no channel that can be read"_s);
     }
     void refusals()
     {
