@@ -4,6 +4,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <utility>
+
 namespace Host {
 
 namespace {
@@ -80,9 +82,9 @@ qsizetype lapIndex(const QString &text, const QString &option)
 {
     bool isNumber = false;
     const qlonglong index = text.toLongLong(&isNumber);
-    if (!isNumber || index < 0)
+    if (!isNumber || index < 0 || !std::in_range<qsizetype>(index))
         refuse(QStringLiteral("%1 is \"%2\", expected the index of a lap: 0, 1, 2, ...").arg(option, text));
-    return index;
+    return static_cast<qsizetype>(index);
 }
 
 CLI::Option *addText(CLI::App &app, const std::string &names, const std::string &valueName, QString &target,
