@@ -2,7 +2,7 @@
 # cmake -DGENERATOR=program -DSAMPLES=folder -DWORK=folder -P reproduce.cmake
 cmake_minimum_required(VERSION 3.25)
 
-set(mostBytes 1000000) # of all logs together: a clone stays small
+set(maxBytes 1000000) # of all logs together: a clone stays small
 
 file(REMOVE_RECURSE ${WORK})
 file(MAKE_DIRECTORY ${WORK})
@@ -16,7 +16,7 @@ endforeach()
 file(GLOB made RELATIVE ${WORK} ${WORK}/*)
 file(GLOB kept RELATIVE ${SAMPLES} ${SAMPLES}/*.csv ${SAMPLES}/*.ld ${SAMPLES}/*.ldx)
 if(NOT kept OR NOT made STREQUAL kept)
-  message(FATAL_ERROR "the commands in README.md make\n  ${made}\nbut the folder holds\n  ${kept}")
+  message(FATAL_ERROR "the commands in README.md make\n  ${made}\nbut the folder has\n  ${kept}")
 endif()
 set(totalBytes 0)
 foreach(log IN LISTS kept)
@@ -24,6 +24,6 @@ foreach(log IN LISTS kept)
   file(SIZE ${SAMPLES}/${log} bytes)
   math(EXPR totalBytes "${totalBytes} + ${bytes}")
 endforeach()
-if(totalBytes GREATER mostBytes)
-  message(FATAL_ERROR "the sample logs take ${totalBytes} bytes, more than ${mostBytes}")
+if(totalBytes GREATER maxBytes)
+  message(FATAL_ERROR "the sample logs take ${totalBytes} bytes, more than ${maxBytes}")
 endif()

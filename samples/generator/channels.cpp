@@ -40,8 +40,8 @@ double engineSpeed(const CarState &state)
 double throttle(const CarState &state)
 {
     const double asked = state.acceleration + 0.0015 * state.speed * state.speed + 0.2;
-    const double most = std::max(1.5, 6.5 * (1.0 - state.speed / 64.0) + 0.0015 * state.speed * state.speed);
-    return std::clamp(100.0 * asked / most, 0.0, 100.0);
+    const double limit = std::max(1.5, 6.5 * (1.0 - state.speed / 64.0) + 0.0015 * state.speed * state.speed);
+    return std::clamp(100.0 * asked / limit, 0.0, 100.0);
 }
 
 double brake(const CarState &state)
@@ -150,8 +150,8 @@ std::vector<Channel> carChannels()
     };
 }
 
-// Metres from the line. They have no random part, so they stand among the others without taking a source of chance from
-// them.
+// Metres from the line. They have no random part, so they can be among the others without taking a source of chance
+// from them.
 std::vector<Channel> positionChannels()
 {
     return {

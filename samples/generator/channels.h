@@ -47,11 +47,11 @@ inline qint64 rounded(double value)
 /// needed. With @p count 0 the car's own channels, all of them.
 std::vector<Channel> loggerChannels(quint64 seed, int count);
 
-/// Whether @p channel is one of the four that tell the laps.
+/// Whether @p channel is one of the four that laps come from.
 bool isLapChannel(const Channel &channel);
 
-/// With fewer a log lacks one of the channels that tell its laps.
-constexpr int fewestChannels = 10;
-constexpr int mostChannels = 2000;
+/// With fewer a log lacks one of the channels that its laps come from.
+constexpr int minChannels = 10;
+constexpr int maxChannels = 2000;
 
 } // namespace samples

@@ -24,7 +24,7 @@ constexpr double fullAcceleration = 6.5; // m/s²
 
 constexpr double shortestDelay = 0.05; // s after the line until the timer falls
 constexpr double delaySpread = 0.08;
-constexpr double zeroStretch = 0.12; // s for which the timer stands at zero
+constexpr double zeroStretch = 0.12; // s for which the timer stays at zero
 
 enum Stream : quint64
 {

@@ -40,7 +40,7 @@ struct CarState
 /// not grow with the length of the drive.
 ///
 /// The lap timer has two faults that loggers have. It goes on counting for some samples after the line, and in every
-/// other lap it then stands at zero for a while before it runs. The time of the finished lap appears when the timer
+/// other lap it then stays at zero for a while before it runs. The time of the finished lap appears when the timer
 /// falls, so it too is some samples late.
 ///
 /// Lap times lie 0.3 ms above a whole millisecond, so that a reader that drops the fraction and one that rounds get the

@@ -5,7 +5,6 @@
 #include <QtCore/QtEndian>
 
 #include <algorithm>
-#include <bit>
 #include <limits>
 
 namespace samples {
@@ -53,20 +52,6 @@ constexpr qsizetype unitWidth = recordBytes - unitField;
 
 constexpr quint16 integerType = 3;
 constexpr quint16 otherIntegerType = 5;
-constexpr quint16 floatType = 7;
-
-// One record: a channel, and how this log holds it.
-struct Entry
-{
-    Channel channel;
-    quint16 type = integerType;
-    bool isSilent = false; // rate 0 is written, and no samples
-
-    [[nodiscard]] qint64 sampleCount(const Drive &drive) const
-    {
-        return isSilent ? 0 : drive.sampleCount(channel.ld.rate);
-    }
-};
 
 template <typename T>
 void put(QByteArray &block, qsizetype offset, T value)
@@ -90,20 +75,6 @@ QByteArray nameInLog(const Channel &channel)
     return QByteArray(channel.name).replace(" ", "").replace("-", "");
 }
 
-std::vector<Entry> entriesOf(const std::vector<Channel> &channels)
-{
-    std::vector<Entry> entries;
-    for (const Channel &channel : channels) {
-        entries.push_back({channel, entries.size() % 2 == 0 ? integerType : otherIntegerType});
-        if (entries.size() == 5) { // in the midst of the list
-            const auto voltage = [](const CarState &state) { return 12.0 + 0.02 * state.speed; };
-            entries.push_back({{"Logger Voltage", "V", 3, voltage, 0.0, 1.0, {1, 4}}, floatType});
-            entries.push_back({{"Spare", "", 0, [](const CarState &) { return 0.0; }}, integerType, true});
-        }
-    }
-    return entries;
-}
-
 QByteArray head(const LogInfo &info)
 {
     QByteArray block(firstRecordOffset, '\0');
@@ -118,17 +89,16 @@ QByteArray head(const LogInfo &info)
     return block;
 }
 
-QByteArray record(const Entry &entry, qint64 previous, qint64 next, qint64 data, qint64 count)
+QByteArray record(const Channel &channel, quint16 type, qint64 previous, qint64 next, qint64 data, qint64 count)
 {
-    const Channel &channel = entry.channel;
     QByteArray block(recordBytes, '\0');
     put(block, previousRecordField, static_cast<quint32>(previous));
     put(block, nextRecordField, static_cast<quint32>(next));
     put(block, dataOffsetField, static_cast<quint32>(data));
     put(block, sampleCountField, static_cast<quint32>(count));
-    put(block, typeField, entry.type);
+    put(block, typeField, type);
     put(block, widthField, channel.ld.width);
-    put(block, rateField, entry.isSilent ? quint16{0} : channel.ld.rate);
+    put(block, rateField, channel.ld.rate);
     put(block, shiftField, channel.ld.shift);
     put(block, multiplierField, channel.ld.multiplier);
     put(block, scaleField, channel.ld.scale);
@@ -150,21 +120,18 @@ qint64 storedValue(const Channel &channel, const CarState &state)
 template <typename T>
 void writeInteger(char *out, qint64 value)
 {
-    constexpr qint64 least = std::numeric_limits<T>::min();
-    constexpr qint64 most = std::numeric_limits<T>::max();
-    qToLittleEndian(static_cast<T>(std::clamp(value, least, most)), out);
+    constexpr qint64 minimum = std::numeric_limits<T>::min();
+    constexpr qint64 maximum = std::numeric_limits<T>::max();
+    qToLittleEndian(static_cast<T>(std::clamp(value, minimum, maximum)), out);
 }
 
-void writeSamples(Inspect::BlockWriter &file, Drive &drive, const Entry &entry)
+void writeSamples(Inspect::BlockWriter &file, Drive &drive, const Channel &channel)
 {
-    const Channel &channel = entry.channel;
-    const qint64 count = entry.sampleCount(drive);
+    const qint64 count = drive.sampleCount(channel.ld.rate);
     for (qint64 i = 0; i < count && !file.isFull(); ++i) {
         const CarState &state = drive.at(i, channel.ld.rate);
         char *out = file.room(channel.ld.width);
-        if (entry.type == floatType)
-            qToLittleEndian(std::bit_cast<quint32>(static_cast<float>(channel.value(state))), out);
-        else if (channel.ld.width == 2)
+        if (channel.ld.width == 2)
             writeInteger<qint16>(out, storedValue(channel, state));
         else
             writeInteger<qint32>(out, storedValue(channel, state));
@@ -176,36 +143,36 @@ void writeSamples(Inspect::BlockWriter &file, Drive &drive, const Entry &entry)
 
 bool writeLd(Inspect::BlockWriter &file, Drive &drive, const std::vector<Channel> &channels, const LogInfo &info)
 {
-    const std::vector<Entry> entries = entriesOf(channels);
-    const auto entryCount = static_cast<qint64>(entries.size());
-    qint64 data = firstRecordOffset + entryCount * recordBytes;
+    const auto channelCount = static_cast<qint64>(channels.size());
+    qint64 data = firstRecordOffset + channelCount * recordBytes;
     qint64 end = data;
-    for (const Entry &entry : entries)
-        end += entry.sampleCount(drive) * entry.channel.ld.width;
+    for (const Channel &channel : channels)
+        end += drive.sampleCount(channel.ld.rate) * channel.ld.width;
     if (end > std::numeric_limits<quint32>::max())
         return false;
 
     file.write(head(info));
     qint64 previous = 0;
     qint64 offset = firstRecordOffset;
-    for (const Entry &entry : entries) {
-        const qint64 next = &entry == &entries.back() ? 0 : offset + recordBytes;
-        const qint64 count = entry.sampleCount(drive);
-        file.write(record(entry, previous, next, data, count));
-        data += count * entry.channel.ld.width;
+    for (std::size_t i = 0; i < channels.size(); ++i) {
+        const Channel &channel = channels[i];
+        const qint64 next = i + 1 == channels.size() ? 0 : offset + recordBytes;
+        const qint64 count = drive.sampleCount(channel.ld.rate);
+        file.write(record(channel, i % 2 == 0 ? integerType : otherIntegerType, previous, next, data, count));
+        data += count * channel.ld.width;
         previous = offset;
         offset += recordBytes;
     }
-    for (const Entry &entry : entries)
-        writeSamples(file, drive, entry);
+    for (const Channel &channel : channels)
+        writeSamples(file, drive, channel);
     return true;
 }
 
 qint64 ldSamplesForSize(const std::vector<Channel> &channels, int rate, qint64 sizeBytes)
 {
     qint64 bytesPerSecond = 0;
-    for (const Entry &entry : entriesOf(channels))
-        bytesPerSecond += entry.isSilent ? 0 : entry.channel.ld.rate * entry.channel.ld.width;
+    for (const Channel &channel : channels)
+        bytesPerSecond += channel.ld.rate * channel.ld.width;
     return std::max(sizeBytes * rate / std::max(bytesPerSecond, 1LL), 1LL);
 }
 

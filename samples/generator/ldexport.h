@@ -16,15 +16,14 @@ namespace samples {
 //  - The very last sample of a log belongs to no lap; the last row of a text export belongs to the last lap.
 //  - The unfinished lap has no lap time in a log, and a placeholder of 59:59.000 from a text export.
 //  - Readers cut milliseconds off a text's lap times and round a log's; Drive makes lap times on which both agree.
-//  - The text's columns have all one rate. In the log the channels that tell the laps, and the driver's, are recorded
-//  at
-//    60 per second (the side force at 360) and hold the text's very numbers, but as single-precision floats; the slower
-//    and faster ones come near them after resampling.
+//  - The text's columns all have one rate. In the log the channels that laps come from, and the driver's, are recorded
+//    at 60 per second (the side force at 360) and hold the same numbers as the text, but as single-precision floats;
+//    the slower and faster ones come near them after resampling.
 //  - Names have no blanks and minus signs in the log, since its readers do not take them out; "Lap Number" is "Lap".
 
-/// The head, one record a channel and all samples of @p drive, or as much of it as @p file takes. Records that readers
-/// must pass over (of a type unknown to them, and of rate 0) stand among the others. Channel by channel, so memory does
-/// not grow with the log. False, and nothing is written, where the log would be larger than its 32-bit offsets allow.
+/// The head, one record per channel and all samples of @p drive, or as much of it as @p file takes. Channel by channel,
+/// so memory does not grow with the log. False, and nothing is written, where the log would be larger than its 32-bit
+/// offsets allow.
 [[nodiscard]] bool writeLd(Inspect::BlockWriter &file, Drive &drive, const std::vector<Channel> &channels,
                            const LogInfo &info);
 

@@ -24,7 +24,7 @@ namespace {
 constexpr int failed = 1;
 constexpr int badOptions = 2;
 constexpr int highestRate = 1000; // samples per second
-constexpr int mostLaps = 100000;
+constexpr int maxLaps = 100000;
 
 int complain(const QString &text, int status)
 {
@@ -38,14 +38,14 @@ QCommandLineOption option(const char *name, const QString &description, const ch
 }
 
 // The value of an option as a whole number within bounds; the first bad one is kept in error.
-qint64 number(const QCommandLineParser &parser, const char *name, qint64 least, qint64 most, QString *error)
+qint64 number(const QCommandLineParser &parser, const char *name, qint64 minimum, qint64 maximum, QString *error)
 {
     bool isNumber = false;
     const QString text = parser.value(QLatin1String(name));
     const qint64 value = text.toLongLong(&isNumber);
-    if ((!isNumber || value < least || value > most) && error->isEmpty()) {
-        *error = QStringLiteral("--%1 wants a whole number from %2 to %3, not \"%4\"")
-                     .arg(QLatin1String(name), QString::number(least), QString::number(most), text);
+    if ((!isNumber || value < minimum || value > maximum) && error->isEmpty()) {
+        *error = QStringLiteral("--%1 is \"%4\", expected a whole number from %2 to %3")
+                     .arg(QLatin1String(name), QString::number(minimum), QString::number(maximum), text);
     }
     return value;
 }
@@ -56,7 +56,7 @@ T choice(const QCommandLineParser &parser, const char *name, const QMap<QString,
 {
     const QString text = parser.value(QLatin1String(name));
     if (!choices.contains(text) && error->isEmpty()) {
-        *error = QStringLiteral("--%1 wants one of %2, not \"%3\"")
+        *error = QStringLiteral("--%1 is \"%3\", expected one of: %2")
                      .arg(QLatin1String(name), choices.keys().join(QLatin1String(", ")), text);
     }
     return choices.value(text);
@@ -126,15 +126,15 @@ int main(int argc, char *argv[])
     Track (*const makeTrack)() = choice(parser, "track", tracks, &error);
     const qint64 seed = number(parser, "seed", 0, std::numeric_limits<qint32>::max(), &error);
     const auto rate = static_cast<int>(number(parser, "rate", 1, highestRate, &error));
-    const auto laps = static_cast<int>(number(parser, "laps", 0, mostLaps, &error));
+    const auto laps = static_cast<int>(number(parser, "laps", 0, maxLaps, &error));
     const qint64 start = number(parser, "start", 0, 99, &error);
-    const auto columns = static_cast<int>(number(parser, "columns", 0, mostChannels, &error));
+    const auto columns = static_cast<int>(number(parser, "columns", 0, maxChannels, &error));
     const qint64 size = number(parser, "size", 0, anySize, &error);
     const qint64 cut = number(parser, "cut", 0, anySize, &error);
-    if (error.isEmpty() && columns > 0 && columns < fewestChannels)
-        error = QStringLiteral("--columns wants at least %1").arg(fewestChannels);
+    if (error.isEmpty() && columns > 0 && columns < minChannels)
+        error = QStringLiteral("--columns is below %1, the number that every log has").arg(minChannels);
     if (error.isEmpty() && parser.positionalArguments().size() != 1)
-        error = QStringLiteral("one FILE to write is wanted; --help tells more");
+        error = QStringLiteral("name one FILE to write (see orva-samples --help)");
     if (!error.isEmpty())
         return complain(error, badOptions);
 

@@ -8,7 +8,7 @@
 
 namespace samples {
 
-/// A closed circuit, sampled about every metre; node i stands i * step metres after the line.
+/// A closed circuit, sampled about every metre; node i is i * step metres after the line.
 struct Track
 {
     QByteArray name;

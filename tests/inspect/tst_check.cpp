@@ -206,9 +206,8 @@ private Q_SLOTS:
         const QString path = QStringLiteral(ORVA_SAMPLES "/club-race.csv");
         QCOMPARE(outline(checkText(path, import(path))), QStringList());
         QCOMPARE(remarkOnText(path, import(path)), QString());
-        const QString binary = QStringLiteral(ORVA_SAMPLES "/club-race.ld"); // with two records that readers pass over
-        QCOMPARE(outline(checkBinary(binary, loadLaps(binary))),
-                 (QStringList{u"records-dropped #7"_s, u"records-dropped #6"_s}));
+        const QString binary = QStringLiteral(ORVA_SAMPLES "/club-race.ld");
+        QCOMPARE(outline(checkBinary(binary, loadLaps(binary))), QStringList());
         QCOMPARE(remarkOnBinary(binary, loadLaps(binary)), QString());
     }
 
