@@ -36,8 +36,8 @@ auto lengthWithoutEnding(const View &line)
 }
 
 // Uses a decoder of its own: QString::fromUtf8 would drop a byte order mark at the start of any line, and would keep a
-// sequence that the end of the file cuts off. The line's ending must still be there: it tells a broken sequence from a
-// cut one.
+// sequence that the end of the file cuts off. The line's ending must still be there: it distinguishes a broken sequence
+// from a cut one.
 QString decoded(std::string_view line)
 {
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);

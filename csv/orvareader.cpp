@@ -34,7 +34,7 @@ namespace {
 constexpr double lapCutFall = 0.75;          // of a lap: a larger fall of the distance is the start of a new lap
 constexpr int decimation = 6;                // a 360-per-second export is thinned to 60 per second
 constexpr long long laterRoom = 32;          // a lap gets room for one part in so many more rows than the one before
-constexpr long long spareRoom = 16;          // one part in so many of a finished lap's room may stand empty
+constexpr long long spareRoom = 16;          // one part in so many of a finished lap's room may stay empty
 constexpr long long maxReserved = 1LL << 26; // samples, over all channels, that get room before their rows come
 
 QString withoutQuotes(QString line)
@@ -306,7 +306,7 @@ void ORVAReader::preprocessLap()
         lapDistance->setUnit(LapChannels::distanceUnit);
 }
 
-// Channels grow ahead of their samples. A finished lap gives back what is more than a small part of its length.
+// Channels grow ahead of their samples. A finished lap gives back spare room that exceeds a small part of its length.
 void ORVAReader::releaseSpareRoom()
 {
     for (const QString &name : lap.getAvailableRecordedChannels()) {

@@ -15,7 +15,7 @@ class CheckCommand : public Command
 public:
     CheckCommand()
         : Command({"check", "Say what is amiss with a log, and what to do about it",
-                   "Imports each log, reads the file once more as it stands, and compares: what was\n"
+                   "Imports each log, reads the file itself as well, and compares the two: what was\n"
                    "lost, what was read as 0, and why there are no laps or no lap times. The most\n"
                    "important finding comes first. Exits with status 3 if there is any.",
                    "orva-host check race.csv"})

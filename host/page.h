@@ -15,7 +15,7 @@ struct PageModel;
 
 /// The page as UTF-8. An empty @p title is replaced by what the logs say.
 ///
-/// Nothing that a log holds can become markup or script: texts are escaped, data stands in a block that no text can
+/// Nothing that a log holds can become markup or script: texts are escaped, data is in a block that no text can
 /// end, and the page's own policy lets the browser run the page's own scripts only and load nothing.
 QByteArray pageHtml(const std::vector<Log> &logs, const PageModel &model, const QString &title);
 

@@ -9,7 +9,7 @@ namespace Host {
 struct PageModel;
 struct TrackPicture;
 
-/// A JSON object that can stand between script tags, whatever texts it holds: page/page.js reads it.
+/// A JSON object that can be put between script tags, whatever texts it holds: page/page.js reads it.
 ///
 /// Numbers are stored short: as whole multiples of the trace's last digit, each as the difference to the one before it
 /// that is there, with null for "no value".

@@ -1,6 +1,6 @@
 #pragma once
 
-// A .ld log as it stands: its head, every record, also those that the import passes over, and their samples at their
+// What is in a .ld log: its head, every record, also those that the import skips, and their samples at their
 // own rates. The layout of head and records: ld/ldfile.h.
 
 #include "ld/ldfile.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-// One cell of a text export as it stands, and the number that a person would read in it. The rows: textlog.h.
+// One cell of a text export, unchanged, and the number that a person would read in it. The rows: textlog.h.
 
 #include <QtCore/QString>
 
@@ -22,7 +22,7 @@ struct Cell
 void splitCells(std::string_view row, std::vector<Cell> *cells);
 
 /// The number that @p text is: with a decimal point or a decimal comma, a sign, an exponent, blanks around it. Nothing
-/// for any other text, also where both a point and a comma stand in it. NaN and infinities are numbers, too.
+/// for any other text, also where it has both a point and a comma. NaN and infinities are numbers, too.
 std::optional<double> numberIn(std::string_view text);
 inline std::optional<double> numberIn(const Cell &cell)
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-// Judges a log: compares what the import made of it with what stands in the file. What is found: finding.h.
+// Judges a log: compares what the import made of it with what is in the file. What is found: finding.h.
 
 #include "inspect/finding.h"
 #include "sdk/lap.h"

@@ -52,7 +52,7 @@ struct OtherName
 {
     QLatin1String name;
     LapRole role;
-    QLatin1String unit; ///< as it usually stands; empty where the channel has none
+    QLatin1String unit; ///< as logs usually have it; empty where the channel has none
     double scale;       ///< from the channel's own unit to that of the driving channel, or 1
 };
 

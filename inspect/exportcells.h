@@ -31,7 +31,7 @@ struct RowView
 class KeptRow
 {
 public:
-    /// Keeps the row that @p log stands at.
+    /// Keeps the current row of @p log.
     void keep(const TextLog &log);
     RowView view() const { return {cells, numbers}; }
     /// With the numbers of all cells, which are read once.

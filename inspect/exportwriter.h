@@ -45,7 +45,7 @@ public:
 
     /// Starts a row. Its cells together must not take more than @p cellBytes, counting cellRoom for each number.
     void beginRow(std::size_t cellCount, std::size_t cellBytes);
-    /// Returns where the text stands until endRow(), so that single characters of it can be exchanged.
+    /// Returns where the text is until endRow(), so that single characters of it can be replaced.
     char *addText(std::string_view text);
     /// The number @p magnitude * 10^-decimals, negated if @p isNegative, also where it is 0; all decimals are written.
     void addFixed(bool isNegative, quint64 magnitude, int decimals);

@@ -51,7 +51,7 @@ enum class FindingCode
 QLatin1String codeText(FindingCode code);
 Severity severityOf(FindingCode code);
 
-/// Where a finding begins. Lines, columns and records count from 1; 0 stands for none.
+/// Where a finding begins. Lines, columns and records count from 1; 0 means none.
 struct Place
 {
     qint64 line = 0;
@@ -60,12 +60,12 @@ struct Place
     QString channel;      ///< as the log calls it
 };
 
-/// Each text is a sentence or two for people, in plain words, with what is quoted from the log as it stands there.
+/// Each text is a sentence or two for people, in plain words, with quotations from the log unchanged.
 struct Finding
 {
     FindingCode code = FindingCode::NotALog;
     Place place;
-    QString found;        ///< what stands there
+    QString found;        ///< what is there
     QString read;         ///< what the import makes of it
     QString remedy;       ///< what to do about it
     qint64 count = 1;     ///< of cells, rows, records or whatever it is about

@@ -8,14 +8,14 @@
 
 namespace Inspect {
 
-/// A channel of the log: its name, and where it stands.
+/// A channel of the log: its name, and where it is.
 struct NamedPlace
 {
     QString name;
     Place place;
 };
 
-/// What tells of laps in a log, such as its beacons.
+/// What marks laps in a log, such as its beacons.
 struct LapEvidence
 {
     Place place;
@@ -31,21 +31,21 @@ public:
     /// All of them in the order of their codes.
     QList<Finding> sorted() const;
 
-    /// Two channels of one name, as @p isSame tells; the import keeps the one at @p keeps.
+    /// Two channels of one name, as @p isSame decides; the import keeps the one at @p keeps.
     void addDuplicate(const NamedPlace &kept, const NamedPlace &dropped);
     /// Channels that are 0 in all laps although the log has them, those in @p except left out.
     void addConstantChannels(const Laps &laps, const QStringList &except);
     /// What the sidecar of the log at @p path says amiss.
     void addSidecar(const QString &path, const Sidecar &sidecar);
-    /// The first of @p evidence, the best first, that tells of laps where the import cut none of a log that lasts
-    /// @p seconds; or that nothing tells of any.
+    /// The first of @p evidence, the best first, that marks laps where the import cut none of a log that lasts
+    /// @p seconds; or that nothing marks any.
     void addUncutLaps(const std::vector<LapEvidence> &evidence, const Laps &laps, double seconds);
 
 private:
     QList<Finding> findings;
 };
 
-/// What to do about a driving channel that nothing in the log stands for.
+/// What to do about a driving channel that has no substitute in the log.
 QString missingRemedy();
 
 /// The channel among @p channels that a person would take for the driving channel of @p role, and that is not called so

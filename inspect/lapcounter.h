@@ -1,6 +1,6 @@
 #pragma once
 
-// Counts the laps that a channel tells of. Which channel plays which role: drivingchannels.h.
+// Counts the laps that a channel marks. Which channel plays which role: drivingchannels.h.
 
 #include "inspect/drivingchannels.h"
 
@@ -22,7 +22,7 @@ public:
 
     /// NaN is passed over.
     void add(double value);
-    /// 1 where no line was crossed; 0 for a role that tells of no laps.
+    /// 1 where no line was crossed; 0 for a role that does not mark laps.
     qint64 laps() const;
 
 private:

@@ -59,7 +59,7 @@ double axisLength(const TimedLap &lap, LapAxis axis);
 /// @p length divides the distance or the time of an unfinished lap; it is that of another, completed lap, or of the
 /// longest one. LapDistance does not need it.
 ///
-/// Samples at which the car stands or goes backwards are left out, and so is what belongs to the laps before and after.
+/// Samples at which the car stops or goes backwards are left out, and so is what belongs to the laps before and after.
 /// Times come from the log's clock with its rounding taken out. They are anchored at the line: the time at place 1 is
 /// the lap time, and the time at place 0 is 0. There are none (hasTimes) where clock and lap time contradict each
 /// other, where the lap touches neither line, and for LapAxis::Time.

@@ -115,7 +115,7 @@ public:
 
     const DrivingSource &source(LapRole role) const { return sources[static_cast<std::size_t>(role)]; }
     bool isWritten(LapRole role) const { return source(role).kind != DrivingSource::Kind::Unknown; }
-    /// For people: what tells the laps, such as "3 marks of the header row \"Beacon Markers\"".
+    /// For people: what marks the laps, such as "3 marks of the header row \"Beacon Markers\"".
     const QString &origin() const { return lapsOrigin; }
     const QStringList &remarks() const { return notes; }
     /// Where laps begin, but for the first, which begins with the rows. In seconds.

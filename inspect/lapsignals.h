@@ -14,10 +14,10 @@ namespace Inspect {
 struct LapEvent
 {
     double sampleTime = 0.0; ///< of the first sample of the new lap
-    double lineTime = 0.0;   ///< when the car crossed the line, as well as the channel tells
+    double lineTime = 0.0;   ///< when the car crossed the line, as well as the channel shows
 };
 
-/// Lap events of one channel in the order of time. A channel that has more of them than any log has laps does not tell
+/// Lap events of one channel in the order of time. A channel that has more of them than any log has laps does not mark
 /// laps, and has none.
 class LapEvents
 {

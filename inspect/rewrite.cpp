@@ -37,7 +37,7 @@ bool isThere(const QString &path)
     return info.exists() || info.isSymLink();
 }
 
-// A file that takes its name when it is complete, and leaves nothing behind otherwise.
+// A file that takes its name when it is complete, and leaves nothing otherwise.
 class TargetFile
 {
 public:

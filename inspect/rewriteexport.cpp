@@ -39,7 +39,7 @@ QString rateText(double rate)
     return QStringLiteral("%1 rows per second").arg(std::round(rate * 1000.0) / 1000.0);
 }
 
-// When each row was recorded. Rows come at even times: what a time column says is rounded, so it only tells where they
+// When each row was recorded. Rows come at even times: what a time column says is rounded, so it only shows where they
 // begin and where they pause.
 class RowClock
 {

@@ -33,7 +33,7 @@ struct WrittenColumn
 
 /// The columns to write after the driving channels and those of @p taken: all of @p titles but for channels of the
 /// source that became a driving channel of the same name. The import keeps one of several columns whose names differ in
-/// case, blanks and minus signs alone, so later ones get a number; remarks tell of it.
+/// case, blanks and minus signs alone, so later ones get a number; a remark says so.
 std::vector<WrittenColumn> writtenColumns(const QStringList &titles, const QStringList &units, const LapPlan &plan,
                                           const QStringList &taken, QStringList *remarks);
 

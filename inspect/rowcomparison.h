@@ -97,7 +97,7 @@ public:
     double seconds() const;
 
     // What was found so far.
-    qint64 rows = 0;            ///< those that stand in the preamble not counted
+    qint64 rows = 0;            ///< those in the preamble not counted
     qint64 keptRows = 0;        ///< one in stride() of them
     qint64 samples = 0;         ///< rows that the import read, over all laps
     qint64 rowsInPreamble = 0;  ///< see TextLog::isInPreamble
@@ -109,7 +109,7 @@ public:
     CellTally notNumber;   ///< other cells read as 0 that do not say 0
     CellTally empty;       ///< empty cells read as 0
     CellTally shifted;     ///< the first cell of a row that the import splits at a comma
-    /// Columns that tell of laps.
+    /// Columns that mark laps.
     std::vector<std::pair<std::size_t, LapCounter>> lapCounters;
 
 private:

@@ -1,6 +1,6 @@
 #pragma once
 
-// The .ldx sidecar as it stands: every item with or without a unit, and the markers, which the library does not read.
+// What is in the .ldx sidecar: every item with or without a unit, and the markers, which the library does not read.
 // Where it lies beside a log: ld/ldx.h.
 
 #include <QtCore/QList>
@@ -13,7 +13,7 @@ namespace Inspect {
 
 struct SidecarItem
 {
-    QString id; ///< as it stands, also with "CarSetup_"
+    QString id; ///< unchanged, also with "CarSetup_"
     QString value;
     std::optional<QString> unit; ///< none where the attribute is missing, which makes the value a text
     qint64 line = 0;

@@ -1,7 +1,7 @@
 #pragma once
 
 // Which channel of a lap is which, and in which unit: real logs call the same signal by many names. The channels that
-// tell laps have a table of their own (drivingchannels.h).
+// mark laps have a table of their own (drivingchannels.h).
 
 #include "inspect/drivingchannels.h"
 #include "sdk/channel.h"
@@ -36,7 +36,7 @@ struct SignalChannel
 /// The recorded channel of @p lap that holds @p signal, the best-known name first; its channel is null where there is
 /// none. Case, blanks, minus signs and underscores in names do not count.
 SignalChannel findSignal(const KOV::SDK::Lap &lap, Signal signal);
-/// The same for what tells laps.
+/// The same for what marks laps.
 SignalChannel findSignal(const KOV::SDK::Lap &lap, LapRole role);
 
 /// The recorded channel of @p lap that is called @p name, where case, blanks, minus signs and underscores do not count.

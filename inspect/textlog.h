@@ -1,6 +1,6 @@
 #pragma once
 
-// A text export as it stands: what its header says, its columns, and its rows cell by cell, whatever the import makes
+// What is in a text export: what its header says, its columns, and its rows cell by cell, whatever the import makes
 // of them. Cells and numbers: cell.h.
 
 #include "inspect/cell.h"
@@ -30,7 +30,7 @@ struct TextColumn
     QString unit;
 };
 
-/// What stands before the rows. Lines count from 1; 0 stands for a line that the file does not have.
+/// What comes before the rows. Lines count from 1; 0 means a line that the file does not have.
 struct TextPreamble
 {
     std::vector<HeaderEntry> header;
@@ -82,13 +82,13 @@ public:
 
     /// The cells of the row, at least one. Views until nextRow() is called.
     std::span<const Cell> cells() const { return cellsOfRow; }
-    /// The row without its line ending, as it stands in the file. A view until nextRow() is called.
+    /// The row without its line ending, as it is in the file. A view until nextRow() is called.
     std::string_view row() const { return source.line(); }
     /// The line of the row, from 1.
     qint64 lineNumber() const { return source.lineNumber(); }
     /// Where the row begins in the file, so that [offset, offset + row().size()) are its bytes; -1 in a wide file.
     qint64 rowOffset() const { return source.offset(); }
-    /// Whether the import drops this row, since it stands where units or the separator belong.
+    /// Whether the import drops this row, since it is where units or the separator belong.
     bool isInPreamble() const;
 
 private:

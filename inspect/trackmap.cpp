@@ -20,7 +20,7 @@ constexpr double earthRadius = 6371000.0; // m, mean
 constexpr double quarterTurn = 90.0;      // degrees
 constexpr double degree = std::numbers::pi / 180.0;
 
-// What stands before the X, Y or Z of position channels.
+// What comes before the X, Y or Z of position channels.
 constexpr std::array axisPrefixes{QLatin1String("Pos "),       QLatin1String("Car Pos "),
                                   QLatin1String("Car Coord "), QLatin1String("World Pos "),
                                   QLatin1String("Position "),  QLatin1String("Car Position ")};

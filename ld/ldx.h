@@ -21,7 +21,7 @@ ORVA_EXPORT KOV::SDK::Session getSessionFromString(const QString &text);
 /// Absolute; neither file need exist. Empty for an empty path. Re-entrant.
 ORVA_EXPORT QString sidecarPath(const QString &logPath);
 
-/// The session that the sidecar at @p path names: the "Value" of the first element, wherever it stands, whose "Id" is
+/// The session that the sidecar at @p path names: the "Value" of the first element, at any depth, whose "Id" is
 /// "Event". UnknownSession if there is none, if its word is not known, and if the file cannot be read or ends in an
 /// error before it. Re-entrant.
 ORVA_EXPORT KOV::SDK::Session loadSession(const QString &path);

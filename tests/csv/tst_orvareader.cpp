@@ -156,7 +156,7 @@ private Q_SLOTS:
         row("the last positive, its fraction cut", "80 92.3456 1e25 nan inf 0 -1", QTime(0, 1, 32, 345));
         row("none", "0 -3 nan", placeholder);
         row("below a millisecond", "0.0009", placeholder);
-        row("a day is no time", "86400", placeholder);
+        row("a day is not a time", "86400", placeholder);
         row("a day and a second wraps", "86401", QTime(0, 0, 1));
         row("beyond an int", "1e20", QTime(0, 0).addMSecs(std::numeric_limits<int>::max()));
     }

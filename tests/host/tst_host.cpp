@@ -71,7 +71,7 @@ class TestHost : public QObject
 {
     Q_OBJECT
 
-    // Runs a command, where "@" stands for the folder of the test's files, and "+" for the odd plug-in.
+    // Runs a command, where "@" means the folder of the test's files, and "+" the odd plug-in.
     Result runHost(const QByteArray &command) const
     {
         return run(QStringLiteral(ORVA_HOST), withFiles(command).split(u' ', Qt::SkipEmptyParts));
@@ -127,7 +127,7 @@ private Q_SLOTS:
         row("second log", "rewrite -o @new @log.csv @nosetup.csv", 2, "more than one log given: ");
         row("unknown option", "--frob @log.csv", 2, "unknown option --frob (see orva-host laps --help)");
         row("option without value", "@log.csv --lap", 2, "--lap needs a value");
-        row("lap is no number", "--lap 1.5 @log.csv", 2, "--lap is \"1.5\"");
+        row("lap is not a number", "--lap 1.5 @log.csv", 2, "--lap is \"1.5\"");
         row("lap is negative", "--lap=-1 @log.csv", 2, "--lap is \"-1\"");
         row("lap given twice", "--lap 1 --lap 2 @log.csv", 2, "--lap is given more than once");
         row("flag with a value", "--json=3 @log.csv", 2, "--json takes no value");
@@ -156,8 +156,7 @@ private Q_SLOTS:
         row("remark and status of a log without laps", "channels --strict @rates", 3,
             "has no \"lap\" channel; see orva-host check " + files.path(u"rates"_s).toUtf8() + '\n');
         row("no lap without laps", "channels --lap 0 @rates", 1, "has no \"lap\" channel; see orva-host check ");
-        row("lap as the file holds it", "channels --stored --lap 0 @log.csv", 2,
-            "--lap does not go together with --stored");
+        row("stored lap", "channels --stored --lap 0 @log.csv", 2, "--lap does not go together with --stored");
         row("unknown stored channel", "values --stored -c slow @rates", 1, "did you mean \"Slow\"?");
         row("channel in another case", "values --channels Speed @log.csv", 1, "did you mean \"speed\"?");
         row("unknown channel for JSON", "values --json --channels rpm @log.csv", 1, "no channel \"rpm\" in any lap");

@@ -138,7 +138,7 @@ private Q_SLOTS:
         row("clock against lap time", {0.0, 0.25, 0.5, 0.75, 1.0}, 9000, true, {no, no, no, no, no});
         row("no lap time", {0.0, 0.25, 0.5, 0.75, 1.0}, 0, true, {0, 1, 2, 3, 4});
         row("counter late at both ends", {0.97, 0.98, 0.0, 0.25, 0.5, 0.75, 1.0, 0.01}, 4000, true, {0, 1, 2, 3, 4});
-        row("stands, and goes back", {0.0, 0.25, 0.25, 0.2, 0.5, 0.75, 1.0}, 6000, true, {0, 1, 4, 5, 6});
+        row("stops, and goes back", {0.0, 0.25, 0.25, 0.2, 0.5, 0.75, 1.0}, 6000, true, {0, 1, 4, 5, 6});
     }
     void times()
     {

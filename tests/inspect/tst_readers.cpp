@@ -1,4 +1,4 @@
-// The readers of logs as they stand: text exports, .ld logs, sidecars.
+// The readers of what is in logs: text exports, .ld logs, sidecars.
 
 #include "inspect/binarylog.h"
 #include "inspect/drivingchannels.h"

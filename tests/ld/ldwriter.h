@@ -61,7 +61,7 @@ inline Channel channel(QByteArrayView name, const std::vector<qint16> &values, Q
     return {header, raw(values)};
 }
 
-/// A whole log. Offsets are set here; a sampleCount is taken as it stands in the record.
+/// A whole log. Offsets are set here; a sampleCount is taken from the record unchanged.
 inline QByteArray log(const std::vector<Channel> &channels, LdHeadBlock head = {})
 {
     quint32 offset = sizeof head;

@@ -147,7 +147,7 @@ private Q_SLOTS:
     }
 
     // Logs of 1 MiB, and their heads with a few records. All channels declare the same bytes, which are not there; a
-    // counter that rises at each sample has its own. No log may take more than 512 MiB; the kernel tells the peak.
+    // counter that rises at each sample has its own. No log may take more than 512 MiB; the kernel reports the peak.
     void hostileLogs()
     {
         // How many channels and samples, at which rate, and whether the counter rises.
