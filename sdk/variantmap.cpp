@@ -138,21 +138,27 @@ void skipTimeZone(QDataStream &stream)
     read<QString>(stream);
 }
 
+/// Qt takes any number for the kind of a time, and crashes at some and prints a warning at others.
 QVariant readDateTime(QDataStream &stream)
 {
-    if (stream.version() < QDataStream::Qt_5_2) // there were no zones
+    const int version = stream.version();
+    if (version < QDataStream::Qt_4_0) // there were no kinds
         return read<QDateTime>(stream);
     const auto date = read<QDate>(stream);
     const auto time = read<QTime>(stream);
     const auto kind = read<qint8>(stream);
-    if (kind == Qt::TimeZone) {
+    const bool hasZones = version >= QDataStream::Qt_5_2;
+    if (hasZones && kind == Qt::TimeZone)
         skipTimeZone(stream);
+    // Qt 4 and 5.1 had two kinds of local time, one of them unknown and -1, before UTC and an offset.
+    const bool isQt4s = !hasZones && version != QDataStream::Qt_5_0;
+    if (kind < (isQt4s ? -1 : Qt::LocalTime) || kind > (isQt4s ? 3 : Qt::OffsetFromUTC))
         return {};
-    }
     QByteArray bytes;
     QDataStream form(&bytes, QIODevice::ReadWrite);
+    form.setVersion(version);
     form << date << time << kind;
-    if (kind == Qt::OffsetFromUTC)
+    if (hasZones && kind == Qt::OffsetFromUTC)
         form << read<qint32>(stream);
     form.device()->reset();
     return read<QDateTime>(form);
@@ -239,11 +245,12 @@ QVariant readValue(QDataStream &stream, int depth)
     case QMetaType::QCborValue:
         return readCborValue(stream);
     default:
-        if (std::find(std::begin(plainTypes), std::end(plainTypes), type) == std::end(plainTypes))
+        if (std::find(std::begin(plainTypes), std::end(plainTypes), type) == std::end(plainTypes) ||
+            !QMetaType::isRegistered(type)) // a QMetaType of another prints a warning
             break;
         const QMetaType metaType(type);
         QVariant value(metaType);
-        if (metaType.isValid() && metaType.load(stream, value.data()))
+        if (metaType.load(stream, value.data()))
             return value;
     }
     stream.setStatus(QDataStream::ReadCorruptData);

@@ -17,9 +17,10 @@ namespace KOV::SDK {
 /// recurses for every level of a nested list, uses pointers and opens files that the stream names.
 ///
 /// The values convert to texts, numbers and booleans as those that Qt reads do. A value that converts to none of these
-/// is skipped and becomes an invalid QVariant. So does a time in a time zone, as Qt opens a file by the zone's name. A
-/// type whose length cannot be told from the stream, such as a user's own or one of QtGui, ends the reading with
-/// QDataStream::ReadCorruptData; so do lists and maps nested more than 32 deep.
+/// is skipped and becomes an invalid QVariant. So does a time in a time zone, as Qt opens a file by the zone's name,
+/// and one of an unknown kind, at which Qt may crash. A type whose length cannot be told from the stream, such as a
+/// user's own or one of QtGui, ends the reading with QDataStream::ReadCorruptData; so do lists and maps nested more
+/// than 32 deep.
 ///
 /// Empty after an error of the stream. An earlier error does not prevent the reading, and stays.
 QMap<QString, QVariant> readVariantMap(QDataStream &stream);
