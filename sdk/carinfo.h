@@ -39,9 +39,9 @@ ORVA_EXPORT QDataStream &operator<<(QDataStream &stream, const CarInfo &car);
 /// stream that holds for all nine, and only the stream's status says so.
 ///
 /// The stream need not be trusted: it may come from a file or another program. Values are read as Qt reads them, except
-/// that a time in a time zone counts as missing. A value whose length cannot be told from the stream (a user's own
-/// type, one of QtGui) is an error, ReadCorruptData, and so is nesting of more than 32 lists and maps. What operator<<
-/// writes reads back in every version.
+/// that a time in a time zone, or of an unknown kind, counts as missing. A value whose length cannot be told from the
+/// stream (a user's own type, one of QtGui) is an error, ReadCorruptData, and so is nesting of more than 32 lists and
+/// maps. What operator<< writes reads back in every version.
 ORVA_EXPORT QDataStream &operator>>(QDataStream &stream, CarInfo &car);
 
 } // namespace KOV::SDK
