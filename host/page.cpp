@@ -162,11 +162,13 @@ QByteArray lapsTable(const std::vector<Log> &logs, const PageModel &model)
         }
         bodies += element("tbody", {}, rows) + '\n';
     }
-    const auto sorting = [](const char *order, const char *name) {
-        return element("button", "type=\"button\" data-sort=\"" + QByteArray(order) + '"', name);
+    const auto sorting = [](const char *order, const char *name, const char *hint) {
+        return element("button",
+                       "type=\"button\" data-sort=\"" + QByteArray(order) + "\" title=\"" + QByteArray(hint) + '"',
+                       name);
     };
-    const QByteArray head = element("th", "scope=\"col\"", sorting("log", "Lap")) +
-                            element("th", "scope=\"col\" class=\"number\"", sorting("time", "Time")) +
+    const QByteArray head = element("th", "scope=\"col\"", sorting("log", "Lap", "In the order of the log")) +
+                            element("th", "scope=\"col\" class=\"number\"", sorting("time", "Time", "Fastest first")) +
                             element("th", "scope=\"col\" class=\"number\"", "Behind") + element("th", {}, {});
     return element("table", {}, element("thead", {}, element("tr", {}, head)) + '\n' + bodies);
 }

@@ -290,11 +290,12 @@ private:
              {LapRole::Beacon, LapRole::LapNumber, LapRole::Position, LapRole::LapDistance, LapRole::CurrentLapTime}) {
             for (const BinaryRecord &record : log.records()) {
                 const OtherName *name = otherName(record.name);
-                if (!name || name->role != role || laps.size() > 1)
+                if (!name || name->role != role || laps.size() > 1 || record.rate() == 0)
                     continue;
-                LapCounter counter(role);
+                LapCounter counter(*name);
+                double index = 0.0;
                 for (const float sample : log.samples(record))
-                    counter.add(static_cast<double>(sample));
+                    counter.add(index++ / record.rate(), static_cast<double>(sample));
                 evidence.push_back(
                     {placeOf(record),
                      QStringLiteral("The channel %1 restarts or counts up at each lap").arg(quoted(record.name)),

@@ -1,61 +1,65 @@
 #include "inspect/lapcounter.h"
 
-#include <algorithm>
-#include <cmath>
+#include <type_traits>
 
 namespace Inspect {
 
-namespace {
-
-constexpr double minTimerFall = 5.0; // seconds
-constexpr double half = 0.5;
-constexpr std::size_t maxFalls = 1 << 16; // more are noise
-
-} // namespace
-
-void LapCounter::add(double value)
+LapCounter::LapCounter(const OtherName &name)
 {
-    if (std::isnan(value))
-        return;
-    if (hasValue) {
-        switch (role) {
-        case LapRole::Position:
-        case LapRole::LapDistance:
-            // How much a lap measures is known at the end alone.
-            if (last - value > half * largest && falls.size() < maxFalls)
-                falls.push_back(last - value);
-            break;
-        case LapRole::CurrentLapTime:
-            crossings += last - value > minTimerFall ? 1 : 0;
-            break;
-        case LapRole::LapNumber:
-            crossings += std::floor(value) > std::floor(last) ? 1 : 0;
-            break;
-        case LapRole::Beacon:
-            crossings += value > last ? 1 : 0;
-            break;
-        case LapRole::LastLapTime:
-        case LapRole::LogDistance:
-        case LapRole::Time:
-            break;
-        }
+    constexpr double percentPerLap = 100.0;
+    switch (name.role) {
+    case LapRole::Position:
+        signal = Position{PositionSignal(percentPerLap / name.scale)};
+        break;
+    case LapRole::LapNumber:
+        signal = CounterSignal();
+        break;
+    case LapRole::CurrentLapTime:
+        signal = RestartSignal(RestartSignal::Kind::Time);
+        break;
+    case LapRole::LapDistance:
+        signal = RestartSignal(RestartSignal::Kind::Distance);
+        break;
+    case LapRole::Beacon:
+        signal = BeaconSignal();
+        break;
+    case LapRole::LastLapTime:
+    case LapRole::LogDistance:
+    case LapRole::Time:
+        break;
     }
-    hasValue = true;
-    last = value;
-    largest = std::max(largest, value);
+}
+
+void LapCounter::add(double time, double value)
+{
+    std::visit(
+        [=](auto &channel) {
+            using Channel = std::remove_reference_t<decltype(channel)>;
+            if constexpr (std::is_same_v<Channel, Position>) {
+                channel.whole.add(time, value);
+                channel.fraction.add(time, value);
+            } else if constexpr (!std::is_same_v<Channel, std::monostate>) {
+                channel.add(time, value);
+            }
+        },
+        signal);
 }
 
 qint64 LapCounter::laps() const
 {
-    switch (role) {
-    case LapRole::LastLapTime:
-    case LapRole::LogDistance:
-    case LapRole::Time:
-        return 0;
-    default:
-        return 1 + crossings +
-               std::count_if(falls.begin(), falls.end(), [this](double fall) { return fall > half * largest; });
-    }
+    return std::visit(
+        [](const auto &channel) -> qint64 {
+            using Channel = std::remove_cvref_t<decltype(channel)>;
+            if constexpr (std::is_same_v<Channel, Position>) {
+                const PositionSignal &position = channel.whole.maximum() <= 1.0 ? channel.fraction : channel.whole;
+                return 1 + std::ssize(position.events().list());
+            } else if constexpr (std::is_same_v<Channel, std::monostate>) {
+                return 1;
+            } else {
+                return 1 + std::ssize(channel.events().list());
+            }
+        },
+        signal);
 }
 
 } // namespace Inspect

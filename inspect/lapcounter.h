@@ -1,37 +1,40 @@
 #pragma once
 
-// Counts the laps that a channel marks. Which channel plays which role: drivingchannels.h.
+// Counts the laps that a channel marks, as a rewritten export would have them: lapsignals.h. Which channel plays which
+// role: drivingchannels.h.
 
 #include "inspect/drivingchannels.h"
+#include "inspect/lapsignals.h"
 
 #include <QtCore/QtGlobal>
 
-#include <vector>
+#include <variant>
 
 namespace Inspect {
 
-/// Fed with the samples of one channel, oldest first. Positions and distances begin a lap where they fall by more than
-/// half of their largest value, running times where they fall by more than 5 s, counters and beacons where they rise.
+/// Fed with the samples of one channel in the order of time.
 class LapCounter
 {
 public:
-    explicit LapCounter(LapRole role)
-        : role(role)
-    {
-    }
+    /// Of a channel with this name.
+    explicit LapCounter(const OtherName &name);
 
-    /// NaN is passed over.
-    void add(double value);
-    /// 1 where no line was crossed; 0 for a role that does not mark laps.
+    /// Whether a channel of this role marks laps at all.
+    bool isUseful() const { return !std::holds_alternative<std::monostate>(signal); }
+    /// @p time in seconds.
+    void add(double time, double value);
+    /// 1 where the car never crossed the line.
     qint64 laps() const;
 
 private:
-    LapRole role;
-    bool hasValue = false;
-    double last = 0.0;
-    double largest = 0.0;
-    qint64 crossings = 0;
-    std::vector<double> falls;
+    // A position in percent, or the fraction that some logs hold in its place.
+    struct Position
+    {
+        PositionSignal whole;
+        PositionSignal fraction{1.0};
+    };
+
+    std::variant<std::monostate, BeaconSignal, CounterSignal, Position, RestartSignal> signal;
 };
 
 } // namespace Inspect

@@ -131,8 +131,8 @@ void RowComparison::watchColumns()
             constexpr double millisecond = 1e-3;
             timeColumn = i;
             timeScale = unit == u"s" ? 1.0 : unit == u"min" ? minute : millisecond;
-        } else if (LapCounter(name->role).laps() > 0) {
-            lapCounters.push_back({i, LapCounter(name->role)});
+        } else if (LapCounter counter(*name); counter.isUseful()) {
+            lapCounters.push_back({i, std::move(counter)});
         }
     }
 }
@@ -173,9 +173,13 @@ void RowComparison::watchRow(std::span<const Cell> cells)
     };
     if (timeColumn)
         watchClock(numberAt(*timeColumn));
+    if (lapCounters.empty())
+        return;
+    const double rate = preamble().sampleRate();
+    const double time = clock.last.value_or(static_cast<double>(rows) / (rate > 0.0 ? rate : 1.0));
     for (auto &[column, counter] : lapCounters) {
         if (const auto number = numberAt(column))
-            counter.add(*number);
+            counter.add(time, *number);
     }
 }
 

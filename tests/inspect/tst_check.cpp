@@ -40,13 +40,14 @@ QStringList outline(const CheckResult &result)
 }
 
 // An export of the four driving channels and Speed, of which @p rows holds the last; positions go twice round.
-QByteArray soundExport(const QByteArray &header = "Sample Rate,1\n", const QByteArray &speeds = "9,9,9,9")
+QByteArray soundExport(const QByteArray &header = "Sample Rate,0.1\n", const QByteArray &speeds = "9,9,9,9")
 {
     QByteArray text =
         header + "\nTime,Lap Dist Pct,Lap Number,Lap Current Lap Time,Lap Last Lap Time,Speed\ns,%,,s,s,km/h\n\n";
     int row = 0;
     for (const QByteArray &speed : speeds.split(',')) {
-        text += QByteArray::number(row) + ',' + QByteArray::number(1 + 90 * (row % 2)) + ",1,1.5,9," + speed + '\n';
+        text +=
+            QByteArray::number(10 * row) + ',' + QByteArray::number(1 + 90 * (row % 2)) + ",1,1.5,9," + speed + '\n';
         ++row;
     }
     return text;
@@ -82,18 +83,19 @@ private Q_SLOTS:
         row("no empty line", soundExport().replace("\n\n", "\n"), {u"no-header 2:0"_s});
         row("no rows", soundExport().left(soundExport().indexOf("\n\n0,") + 2), {u"no-rows 3:0"_s});
         row("row in place of the separator", soundExport().replace("km/h\n\n", "km/h\n"), {u"rows-not-read 5:0"_s});
-        row("uneven rows", soundExport().replace("0,1,1,1.5,9,9\n", "0,1,1,1.5,9\n").replace("9,9\n2,", "9,9,9\n2,"),
+        row("uneven rows",
+            soundExport().replace("\n0,1,1,1.5,9,9\n", "\n0,1,1,1.5,9\n").replace("9,9\n20,", "9,9,9\n20,"),
             {u"uneven-rows 6:0 x2"_s});
         row("last row cut off", soundExport().chopped(5), {u"uneven-rows 9:0"_s});
         row("thinned", soundExport("Sample Rate,360\n"),
             {u"no-laps-cut 3:2 x2"_s, u"thinned 1:2 x3"_s, u"time-gap 7:1 x3"_s});
-        row("gap", soundExport().replace("\n3,", "\n30,"), {u"time-gap 9:1"_s});
-        row("falling clock", soundExport().replace("\n3,", "\n1,"), {u"time-gap 9:1"_s});
+        row("gap", soundExport().replace("\n30,", "\n300,"), {u"time-gap 9:1"_s});
+        row("falling clock", soundExport().replace("\n30,", "\n10,"), {u"time-gap 9:1"_s});
         row("one name", soundExport().replace("Speed", "Time").replace("km/h", "min"), {u"duplicate-name 3:1"_s});
-        row("all zero", soundExport("Sample Rate,1\n", "0,0"), {u"constant-channel"_s});
+        row("all zero", soundExport("K,V\n", "0,0"), {u"constant-channel"_s});
         row("other names",
             "K,V\n\nTime,Car Pos Norm,Lap Number,Lap Time,Last Lap "
-            "Time\ns,,,s,s\n\n0,.9,1,8,9\n1,.1,2,1,9\n2,.2,2,2,9\n",
+            "Time\ns,,,s,s\n\n0,.9,1,18,9\n10,.1,2,1,9\n20,.2,2,11,9\n",
             {u"no-laps-cut 3:3 x2"_s, u"missing-channel 3:0"_s, u"missing-channel 3:0"_s, u"missing-channel 3:0"_s,
              u"looks-like 3:2"_s, u"looks-like 3:4"_s, u"looks-like 3:5"_s});
         row("position as a fraction", soundExport().replace(",91,", ",.91,").replace(",1,1,", ",.01,1,"),
@@ -157,7 +159,7 @@ private Q_SLOTS:
             {u"records-dropped #5"_s});
         row("no rate", with([](auto &all) { all[4].header.sampleRate = 0; }), {u"records-dropped #5"_s});
         row("no counter", with([](auto &all) { LdWriter::setText(all[1].header.name, "Lap Number"); }),
-            {u"no-lap-channel"_s, u"no-laps-cut #2 x3"_s, u"looks-like #2"_s});
+            {u"no-lap-channel"_s, u"no-laps-cut #2 x2"_s, u"looks-like #2"_s});
         row("counter of another kind", with([](auto &all) { all[1].header.typeCode = 7; }),
             {u"records-dropped #2"_s, u"no-lap-channel #2"_s, u"no-laps-cut #1 x3"_s});
         row("too short", with([](auto &all) { all[1].header.sampleCount = 3; }),
