@@ -190,7 +190,12 @@ QVariant readCborValue(QDataStream &stream)
     constexpr int arrays = 4;
     constexpr int tags = 6;
     const int kind = bytes.isEmpty() ? arrays : static_cast<unsigned char>(bytes.front()) >> 5;
-    return kind >= arrays && kind <= tags ? QVariant() : QVariant::fromValue(QCborValue::fromCbor(bytes));
+    if (kind >= arrays && kind <= tags)
+        return {};
+    QCborParserError error;
+    const QCborValue value = QCborValue::fromCbor(bytes, &error);
+    // Qt crashes when it converts a text that is cut off.
+    return error.error == QCborError::NoError ? QVariant::fromValue(value) : QVariant();
 }
 
 QVariant readValue(QDataStream &stream, int depth)
