@@ -126,7 +126,7 @@ void ExportWriter::addRounded(double value, int decimals)
         addShortest(value);
         return;
     }
-    const auto magnitude = static_cast<quint64>(scaled + 0.5);
+    const auto magnitude = static_cast<quint64>(std::llround(scaled));
     addFixed(value < 0.0 && magnitude != 0, magnitude, decimals);
     if (decimals == 0)
         return;

@@ -49,7 +49,8 @@ QString quoted(const QString &title)
 double importable(double seconds)
 {
     const double exact = std::round(seconds * microseconds) / microseconds;
-    const auto milliseconds = static_cast<double>(std::llround(exact * microseconds) / 1000);
+    const long long wholeMilliseconds = std::llround(exact * microseconds) / 1000;
+    const auto milliseconds = static_cast<double>(wholeMilliseconds);
     double written = exact;
     while (std::trunc(written * 1000.0) < milliseconds)
         written = std::nextafter(written, std::numeric_limits<double>::max());

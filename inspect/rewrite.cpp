@@ -67,7 +67,7 @@ private:
 QString checkedSidecarPath(const RewriteOptions &options)
 {
     const QString &target = options.targetPath;
-    const QString sidecar = sidecarPath(target);
+    QString sidecar = sidecarPath(target);
     const QString ownSidecar = sidecarPath(options.sourcePath);
     const auto refuse = [](const QString &text) { throw RewriteError(text); };
     if (target.isEmpty())

@@ -385,7 +385,8 @@ private:
 
     void writeBetween(LapPlan &plan, KeptRow &from, double fromTime, KeptRow &to, double toTime)
     {
-        for (double time = gridTime(); time < toTime - sameInstant; time = gridTime()) {
+        while (gridTime() < toTime - sameInstant) {
+            const double time = gridTime();
             writeRow(plan, from.viewWithNumbers(), to.viewWithNumbers(),
                      std::max((time - fromTime) / (toTime - fromTime), 0.0), time);
             ++gridIndex;
