@@ -16,7 +16,6 @@ namespace Inspect {
 
 namespace {
 
-constexpr int thinning = 6; // at 360 rows per second the import keeps every sixth
 constexpr qsizetype rowsOfRemark = 100;
 constexpr double longLap = 600.0; // seconds
 
