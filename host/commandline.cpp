@@ -129,6 +129,18 @@ QString problem(const CLI::ParseError &error)
     return text.simplified();
 }
 
+// Refuses the first word that the parser could not place.
+void refuseRest(const CLI::App &app, const QString &command)
+{
+    for (const CLI::App *parsed : app.get_subcommands()) {
+        if (const auto rest = parsed->remaining(); !rest.empty())
+            refuse((rest.front().starts_with('-') ? QStringLiteral("unknown option %1")
+                                                  : QStringLiteral("more than one log given: %1"))
+                       .arg(QString::fromStdString(rest.front())),
+                   command);
+    }
+}
+
 } // namespace
 
 Command *readCommandLine(const QStringList &arguments, const CommandList &commands, Output &output)
@@ -169,17 +181,12 @@ Command *readCommandLine(const QStringList &arguments, const CommandList &comman
         output.writeText(QString::fromStdString(app.version()) + u'\n');
         return nullptr;
     } catch (const CLI::ParseError &error) {
+        refuseRest(app, words.first() + u' '); // a log that is missing may be due to a mistyped option
         refuse(problem(error), words.first() + u' ');
     } catch (const Failure &failure) { // of an argument's value
         refuse(failure.text(), words.first() + u' ');
     }
-    for (const CLI::App *parsed : app.get_subcommands()) {
-        if (const auto unknown = parsed->remaining(); !unknown.empty())
-            refuse((unknown.front().starts_with('-') ? QStringLiteral("unknown option %1")
-                                                     : QStringLiteral("more than one log given: %1"))
-                       .arg(QString::fromStdString(unknown.front())),
-                   words.first() + u' ');
-    }
+    refuseRest(app, words.first() + u' ');
     return find(words.first())->get();
 }
 

@@ -37,6 +37,13 @@ qsizetype cellsOf(char32_t code)
     }
 }
 
+// Characters that set the direction of the text after them: a name could make what follows it look like another.
+bool isDirectionMark(char16_t code)
+{
+    return code == 0x061C || (code >= 0x200E && code <= 0x200F) || (code >= 0x202A && code <= 0x202E) ||
+           (code >= 0x2066 && code <= 0x2069);
+}
+
 } // namespace
 
 QString roundedNumber(double value)
@@ -68,7 +75,7 @@ QString printable(QString text)
     for (QChar &character : text) {
         const QChar::Category category = character.category();
         if (category == QChar::Other_Control || category == QChar::Separator_Line ||
-            category == QChar::Separator_Paragraph)
+            category == QChar::Separator_Paragraph || isDirectionMark(character.unicode()))
             character = QChar::ReplacementCharacter;
     }
     return text;

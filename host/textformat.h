@@ -17,8 +17,8 @@ QString lapTimeText(QTime time);
 /// @p text, or "-" where it is empty, so that a column is never blank.
 QString orDash(const QString &text);
 
-/// @p text with control characters and line breaks replaced, so that a log can neither break a line nor steer a
-/// terminal.
+/// @p text with control characters, line breaks and direction marks replaced, so that a log can neither break or turn
+/// round a line nor steer a terminal.
 QString printable(QString text);
 
 /// Number of terminal cells that @p text takes: none for a combining mark, two for a wide East Asian character.

@@ -38,7 +38,7 @@ public:
     QList<QSharedPointer<Lap>> import(const QString &path, const QString & /*format*/,
                                       const QMap<QString, QVariant> & /*options*/) override
     {
-        message(u"two\nlines"_s, 0);
+        message(u"two\n\u202Elines"_s, 0);
         if (path.endsWith(u"nothing"))
             return {};
         if (path.endsWith(u"thrown"))

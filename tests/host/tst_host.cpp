@@ -117,7 +117,7 @@ private Q_SLOTS:
         const QByteArray log = files.path(u"log.csv"_s).toUtf8();
         row("plug-in's messages", "--plugin=" ORVA_PLUGIN " @log.csv", 0,
             plugin + "Importing file " + log + " ...\n" + plugin + "Using format Comma separated text (*.csv)\n");
-        row("odd plug-in's message", "+ @log.csv", 0, "[odd plugin] two\uFFFDlines\n");
+        row("odd plug-in's message", "+ @log.csv", 0, "[odd plugin] two\uFFFD\uFFFDlines\n");
         row("values of the usual lap", "values @log.csv", 0,
             "log.csv: values of the lap with index 1; --lap selects another\n");
         row("no log", "", 2, "no log given");
@@ -126,6 +126,7 @@ private Q_SLOTS:
         row("command after an option", "-q laps @log.csv", 2, "\"laps\" is a command and comes first");
         row("second log", "rewrite -o @new @log.csv @nosetup.csv", 2, "more than one log given: ");
         row("unknown option", "--frob @log.csv", 2, "unknown option --frob (see orva-host laps --help)");
+        row("unknown option without a log", "check --frob", 2, "unknown option --frob (see orva-host check --help)");
         row("option without value", "@log.csv --lap", 2, "--lap needs a value");
         row("lap is not a number", "--lap 1.5 @log.csv", 2, "--lap is \"1.5\"");
         row("lap is negative", "--lap=-1 @log.csv", 2, "--lap is \"-1\"");
