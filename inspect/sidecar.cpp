@@ -1,8 +1,7 @@
 #include "inspect/sidecar.h"
 
-#include "sdk/regularfile.h"
+#include "ld/sidecarfile.h"
 
-#include <QtCore/QFile>
 #include <QtCore/QXmlStreamReader>
 
 #include <algorithm>
@@ -10,12 +9,6 @@
 namespace Inspect {
 
 namespace {
-
-// The bounds of the library's reader.
-constexpr qint64 maxBytes = 1 << 20;
-constexpr qint64 maxTokenBytes = 1 << 14;
-constexpr qint64 pieceBytes = 1 << 12;
-constexpr int maxDepth = 64;
 
 constexpr double microsecond = 1e-6;
 
@@ -29,8 +22,9 @@ class SidecarReader
 public:
     explicit SidecarReader(const QString &path)
         : file(path)
+        , xml(&file)
     {
-        sidecar.exists = KOV::SDK::openRegularFile(file, QIODevice::ReadOnly | QIODevice::Text);
+        sidecar.exists = file.couldBeOpened();
     }
 
     Sidecar read()
@@ -48,33 +42,21 @@ private:
         return false;
     }
 
-    // Goes to the next start tag; false where the file ends, breaks off or goes beyond a bound.
+    // Goes to the next start tag; false where the file ends, breaks off or goes beyond a limit.
     bool nextElement()
     {
-        qint64 tokenBytes = 0;
-        for (;;) {
+        while (!xml.atEnd()) {
+            file.beginToken();
             const auto token = xml.readNext();
-            if (token == QXmlStreamReader::Invalid) {
-                if (xml.error() != QXmlStreamReader::PrematureEndOfDocumentError)
-                    return endWith(xml.errorString());
-                if (tokenBytes >= maxTokenBytes || allBytes >= maxBytes)
-                    return endWith(QStringLiteral("larger than any logger writes"));
-                const QByteArray piece = file.read(pieceBytes);
-                if (piece.isEmpty())
-                    return endWith(xml.errorString());
-                xml.addData(piece);
-                tokenBytes += piece.size();
-                allBytes += piece.size();
-                continue;
-            }
-            tokenBytes = 0;
-            if (token == QXmlStreamReader::EndDocument)
-                return false;
             if (token == QXmlStreamReader::EndElement)
                 --depth;
             if (token == QXmlStreamReader::StartElement)
-                return ++depth <= maxDepth || endWith(QStringLiteral("nested deeper than any logger writes"));
+                return ++depth <= SidecarFile::maxDepth ||
+                       endWith(QStringLiteral("nested deeper than any logger writes"));
         }
+        if (!xml.hasError())
+            return false;
+        return endWith(file.isBeyondLimit() ? QStringLiteral("larger than any logger writes") : xml.errorString());
     }
 
     void takeElement()
@@ -106,10 +88,9 @@ private:
         }
     }
 
-    QFile file;
+    SidecarFile file;
     QXmlStreamReader xml;
     Sidecar sidecar;
-    qint64 allBytes = 0;
     int depth = 0;
 };
 
