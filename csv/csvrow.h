@@ -2,6 +2,7 @@
 
 // A data row of a text export: is it empty, and which numbers does it hold? The text rules: csvtext.h.
 
+#include "csv/fieldgroups.h"
 #include "csv/linereader.h"
 
 #include <QtCore/QString>
@@ -20,8 +21,8 @@ bool isEmptyRow(std::string_view line);
 ///
 /// The result is that of readRowPlainly. Rows as exporting tools write them take the fast path, which reads them in
 /// place; a row with anything unusual in its quotes, or that is not ASCII, takes the reference path. Only that one
-/// allocates.
-std::size_t readRow(const LineReader &line, std::span<double> values);
+/// allocates. @p readGroups may be null.
+std::size_t readRow(const LineReader &line, std::span<double> values, FieldGroupReader readGroups);
 
 /// The reference path: processCsvString, a split at every comma, QString::toDouble.
 std::size_t readRowPlainly(QString line, std::span<double> values);

@@ -25,9 +25,9 @@ namespace Csv {
 class LineReader
 {
 public:
-    /// Bytes before and after a line that may be read, though they mean nothing: number readers load whole words. Only
-    /// the first byte after it is known: a line feed or a carriage return.
-    static constexpr std::size_t slack = 8;
+    /// Bytes before and after a line that may be read, though they mean nothing: rows are read in words and blocks.
+    /// Only the first byte after it is known: a line feed or a carriage return.
+    static constexpr std::size_t slack = 64;
 
     /// Reads from @p device, which is open and outlives the reader.
     explicit LineReader(QIODevice *device);

@@ -173,9 +173,10 @@ void ORVAReader::readRows(Csv::LineReader &lines, const Csv::ColumnPlan &plan, q
 {
     Csv::ImportBudget budget(fileSize, valuesPerLap);
     Csv::RowStage stage(&plan);
+    const Csv::FieldGroupReader readGroups = Csv::fieldGroupReader();
     for (KeptRows rows(&lines, decimate); rows.next();) {
         const std::span<double> row = stage.row();
-        const std::size_t fieldCount = Csv::readRow(lines, row);
+        const std::size_t fieldCount = Csv::readRow(lines, row, readGroups);
         if (fieldCount == 0)
             continue;
         const double lapDistance = stage.lapDistanceField(fieldCount) * LapChannels::percent;

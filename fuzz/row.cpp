@@ -1,5 +1,5 @@
-// Data rows: the fast path compared with the reference path, bit by bit. The first byte of the input is the number of
-// columns.
+// Data rows: the fast path, with and without groups of fields, compared with the reference path, bit by bit. The first
+// byte of the input is the number of columns.
 
 #include "csv/csvrow.h"
 
@@ -22,12 +22,14 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     std::vector<double> quick(std::max<std::size_t>(data[0], 1));
     std::vector<double> plain(quick.size());
     while (lines.next()) {
-        const std::size_t count = Csv::readRow(lines, quick);
-        Fuzz::require(count == Csv::readRowPlainly(lines.text(), plain) && count <= quick.size());
+        const std::size_t count = Csv::readRowPlainly(lines.text(), plain);
         const auto &bytes = lines.bytes();
         Fuzz::require(!bytes || !Testing::isAscii(*bytes) || Csv::isEmptyRow(*bytes) == (count == 0));
-        Fuzz::require(std::equal(quick.begin(), quick.begin() + static_cast<std::ptrdiff_t>(count), plain.begin(),
-                                 Testing::sameBits));
+        for (const Csv::FieldGroupReader readGroups : {Csv::FieldGroupReader(), Csv::fieldGroupReader()}) {
+            Fuzz::require(Csv::readRow(lines, quick, readGroups) == count && count <= quick.size());
+            Fuzz::require(std::equal(quick.begin(), quick.begin() + static_cast<std::ptrdiff_t>(count), plain.begin(),
+                                     Testing::sameBits));
+        }
     }
     return 0;
 }

@@ -1,14 +1,9 @@
 #include "ld/fusedloops.h"
 
+#include "sdk/processor.h"
+
 #include <algorithm>
 #include <cmath>
-
-// The library is built for every x86-64 processor, so the loops are compiled a second time for those with the
-// instruction, and one version is chosen at run time. (__builtin_cpu_supports would bring a static initialiser.)
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__FMA__)
-#define ORVA_FUSED __attribute__((target("avx2,fma")))
-#include <cpuid.h>
-#endif
 
 namespace Ld {
 
@@ -63,33 +58,16 @@ void interpolatePlain(std::span<const float> input, float ratio, qint64 first, s
     interpolateAny(input, ratio, first, output);
 }
 
-#ifdef ORVA_FUSED
+#ifdef ORVA_AVX2
 
-ORVA_FUSED void convertFused(std::span<float> samples, const Conversion &conversion)
+ORVA_AVX2 void convertFused(std::span<float> samples, const Conversion &conversion)
 {
     convertLoop(samples, conversion);
 }
 
-ORVA_FUSED void interpolateFused(std::span<const float> input, float ratio, qint64 first, std::span<float> output)
+ORVA_AVX2 void interpolateFused(std::span<const float> input, float ratio, qint64 first, std::span<float> output)
 {
     interpolateAny(input, ratio, first, output);
-}
-
-// Bits of CPUID and of the XCR0 register: "Intel 64 and IA-32 Architectures Software Developer's Manual", volume 1, 14.
-bool processorHasFma()
-{
-    constexpr unsigned stateSavedBySystem = 0x6; // XMM and YMM registers
-    unsigned eax = 0;
-    unsigned ebx = 0;
-    unsigned ecx = 0;
-    unsigned edx = 0;
-    constexpr unsigned wanted = bit_FMA | bit_OSXSAVE | bit_AVX;
-    if (__get_cpuid(1, &eax, &ebx, &ecx, &edx) == 0 || (ecx & wanted) != wanted)
-        return false;
-    if (__get_cpuid_count(7, 0, &eax, &ebx, &ecx, &edx) == 0 || (ebx & bit_AVX2) == 0)
-        return false;
-    __asm__("xgetbv" : "=a"(eax), "=d"(edx) : "c"(0));
-    return (eax & stateSavedBySystem) == stateSavedBySystem;
 }
 
 #endif
@@ -103,9 +81,8 @@ FusedLoops plainLoops()
 
 FusedLoops bestLoops()
 {
-#ifdef ORVA_FUSED
-    static const bool hasFma = processorHasFma();
-    if (hasFma)
+#ifdef ORVA_AVX2
+    if (KOV::SDK::runsAvx2())
         return {convertFused, interpolateFused};
 #endif
     return plainLoops();
