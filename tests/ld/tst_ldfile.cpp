@@ -207,7 +207,7 @@ private Q_SLOTS:
         Floats values(5001);
         std::generate(values.begin(), values.end(),
                       [&random] { return std::bit_cast<float>(static_cast<quint32>(random())); });
-        for (const float ratio : {0.6F, 3.0F, 60.0F, 0.0009F}) {
+        for (const float ratio : {0.6F, 1.0000001F, 1.2F, 3.0F, 60.0F, 0.0009F}) {
             for (const qint64 first : {0LL, 333LL, (1LL << 30) - 10, 1LL << 33}) {
                 Floats plain(5001);
                 Floats best(5001);
