@@ -89,7 +89,8 @@ private Q_SLOTS:
             QCOMPARE(log.cells().size(), 2U);
             QCOMPARE(numberIn(log.cells()[0]).value_or(-1), rows);
             QCOMPARE(numberIn(log.cells()[1]).value_or(-1), 7 * rows);
-            const QByteArray atOffset = content.mid(log.rowOffset(), static_cast<qsizetype>(log.row().size()));
+            const QByteArray atOffset =
+                content.mid(static_cast<qsizetype>(log.rowOffset()), static_cast<qsizetype>(log.row().size()));
             QCOMPARE(atOffset.toStdString(), std::string(log.row()));
         }
         QCOMPARE(rows, 100000);

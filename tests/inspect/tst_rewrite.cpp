@@ -407,7 +407,9 @@ private Q_SLOTS:
     void damaged()
     {
         std::mt19937 random(2);
-        const auto below = [&random](qsizetype bound) { return static_cast<qsizetype>(random()) % bound; };
+        const auto below = [&random](qsizetype bound) {
+            return static_cast<qsizetype>(random() % static_cast<std::size_t>(bound));
+        };
         const QByteArray text = drive(rate60 + "\n\"Range\",\"Lap 7\"\n\"Beacon Markers\",\"0.1 1.5\"",
                                       {counter, position, lastTime}, 20, 2.0);
         const QByteArray binary =

@@ -22,9 +22,9 @@ void setText(std::array<char, Width> &field, QByteArrayView text)
 
 /// Overwrites the bytes of @p file at @p offset, making it longer where that is needed.
 template <typename Record>
-void put(QByteArray &file, qsizetype offset, const Record &record)
+void put(QByteArray &file, qint64 offset, const Record &record)
 {
-    file.resize(std::max(file.size(), offset + qsizetype{sizeof record}), '\0');
+    file.resize(std::max(file.size(), static_cast<qsizetype>(offset + qint64{sizeof record})), '\0');
     std::memcpy(file.data() + offset, &record, sizeof record);
 }
 
@@ -67,7 +67,7 @@ inline QByteArray log(const std::vector<Channel> &channels, LdHeadBlock head = {
     quint32 offset = sizeof head;
     const auto recordsEnd = static_cast<quint32>(offset + channels.size() * sizeof(LdChannelHeader));
     head.firstHeaderOffset = offset < recordsEnd ? offset : 0;
-    QByteArray file(recordsEnd, '\0');
+    QByteArray file(static_cast<qsizetype>(recordsEnd), '\0');
     put(file, 0, head);
     for (auto [header, samples] : channels) {
         const auto next = static_cast<quint32>(offset + sizeof header);

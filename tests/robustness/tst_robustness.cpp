@@ -162,7 +162,7 @@ private Q_SLOTS:
         QDataStream stream(&log);
         LdData data = readLd(stream);
         const auto headers = readLdChannelHeaders(stream, data);
-        for (const qint64 size : {qint64{1800}, mebibyte, smallLd.size() - 3}) {
+        for (const qint64 size : {qint64{1800}, mebibyte, qint64{smallLd.size()} - 3}) {
             QVERIFY(log.resize(size));
             const auto channels = readLdChannels(stream, headers);
             QVERIFY(channels.size() == 2 && channels[0].size() == 7 && channels[1].size() == 7);
