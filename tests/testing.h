@@ -17,13 +17,13 @@ namespace Testing {
 
 using namespace Qt::StringLiterals;
 
-/// Whether a sanitizer keeps books on memory, which then says nothing about ours.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool isSanitized = true;
+/// Whether the memory of the process is ours alone: sanitizers and emulators have theirs in it.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(ORVA_EMULATED)
+constexpr bool isMemoryOurs = false;
 #elif defined(__has_feature)
-constexpr bool isSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
+constexpr bool isMemoryOurs = !__has_feature(address_sanitizer) && !__has_feature(thread_sanitizer);
 #else
-constexpr bool isSanitized = false;
+constexpr bool isMemoryOurs = true;
 #endif
 
 /// The columns of a data-driven test. It is called for each row, with the row's name and cells.

@@ -32,7 +32,7 @@ void limitMemory(std::optional<qint64> bytes)
     rlimit limit{};
     getrlimit(RLIMIT_AS, &limit);
     QFile statm(u"/proc/self/statm"_s);
-    if (isSanitized || !statm.open(QIODevice::ReadOnly))
+    if (!isMemoryOurs || !statm.open(QIODevice::ReadOnly))
         return;
     const qint64 pages = statm.readAll().split(' ').constFirst().toLongLong();
     limit.rlim_cur = bytes ? static_cast<rlim_t>(pages * sysconf(_SC_PAGESIZE) + *bytes) : limit.rlim_max;

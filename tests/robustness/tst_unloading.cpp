@@ -37,7 +37,7 @@ private Q_SLOTS:
             if (i == 10)
                 settled = residentPages();
         }
-        QVERIFY(isSanitized || residentPages() - settled <= 256); // pages of one mebibyte
+        QVERIFY(!isMemoryOurs || residentPages() - settled <= 256); // pages of one mebibyte
     }
 
     void whatIsKeptStays()
