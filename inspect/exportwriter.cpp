@@ -13,6 +13,8 @@ namespace Inspect {
 namespace {
 
 constexpr std::array<double, 10> powersOfTen{1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9};
+constexpr std::array<quint64, 10> wholePowersOfTen{1,       10,        100,        1'000,       10'000,
+                                                   100'000, 1'000'000, 10'000'000, 100'000'000, 1'000'000'000};
 
 constexpr std::size_t perCell = 3; // quotes and comma
 
@@ -69,25 +71,26 @@ char *ExportWriter::addText(std::string_view text)
     return begin;
 }
 
+void ExportWriter::writeFixed(bool isNegative, quint64 magnitude, int decimals)
+{
+    const auto writeWhole = [this](quint64 number) { at = std::to_chars(at, at + cellRoom, number).ptr; };
+    if (isNegative)
+        *at++ = '-';
+    if (decimals == 0) {
+        writeWhole(magnitude);
+        return;
+    }
+    const quint64 one = wholePowersOfTen[static_cast<std::size_t>(decimals)];
+    writeWhole(magnitude / one);
+    char *const sign = at;
+    writeWhole(one + magnitude % one); // the 1 before all the decimals makes room for the sign
+    *sign = shape.decimalSign;
+}
+
 void ExportWriter::addFixed(bool isNegative, quint64 magnitude, int decimals)
 {
     beginCell();
-    if (isNegative)
-        *at++ = '-';
-    std::array<char, 24> digits;
-    char *const end = std::to_chars(digits.data(), digits.data() + digits.size(), magnitude).ptr;
-    const auto count = static_cast<int>(end - digits.data());
-    if (decimals == 0) {
-        at = std::copy(digits.data(), end, at);
-    } else {
-        const int whole = std::max(count - decimals, 0);
-        if (whole == 0)
-            *at++ = '0';
-        at = std::copy_n(digits.data(), whole, at);
-        *at++ = shape.decimalSign;
-        at = std::fill_n(at, std::max(decimals - count, 0), '0');
-        at = std::copy(digits.data() + whole, end, at);
-    }
+    writeFixed(isNegative, magnitude, decimals);
     endCell();
 }
 
@@ -127,16 +130,15 @@ void ExportWriter::addRounded(double value, int decimals)
         return;
     }
     const auto magnitude = static_cast<quint64>(std::llround(scaled));
-    addFixed(value < 0.0 && magnitude != 0, magnitude, decimals);
-    if (decimals == 0)
-        return;
-    const std::ptrdiff_t ending = shape.isQuoted ? 2 : 1; // what endCell has added
-    char *end = at - ending;
-    while (end[-1] == '0')
-        --end;
-    if (end[-1] == shape.decimalSign)
-        --end;
-    at = std::copy(at - ending, at, end);
+    beginCell();
+    writeFixed(value < 0.0 && magnitude != 0, magnitude, decimals);
+    if (decimals > 0) {
+        while (at[-1] == '0')
+            --at;
+        if (at[-1] == shape.decimalSign)
+            --at;
+    }
+    endCell();
 }
 
 void ExportWriter::endRow()

@@ -47,7 +47,8 @@ public:
     void beginRow(std::size_t cellCount, std::size_t cellBytes);
     /// Returns where the text is until endRow(), so that single characters of it can be replaced.
     char *addText(std::string_view text);
-    /// The number @p magnitude * 10^-decimals, negated if @p isNegative, also where it is 0; all decimals are written.
+    /// The number @p magnitude * 10^-decimals, negated if @p isNegative, also where it is 0; all decimals, at most 9,
+    /// are written.
     void addFixed(bool isNegative, quint64 magnitude, int decimals);
     /// The shortest text that reads back as @p value, which is finite. For a float it reads back as that float.
     void addNumber(double value);
@@ -73,6 +74,7 @@ private:
             *at++ = '"';
         *at++ = ',';
     }
+    void writeFixed(bool isNegative, quint64 magnitude, int decimals);
     template <typename Number>
     void addShortest(Number value);
 

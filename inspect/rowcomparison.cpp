@@ -25,6 +25,20 @@ bool isZeroText(std::string_view text)
     return hasZero;
 }
 
+// Whether the text is digits with a point in or before them, as most cells are.
+bool isPlainDecimal(std::string_view text)
+{
+    std::size_t points = 0;
+    text.remove_prefix(text.starts_with('-') ? 1 : 0);
+    for (const char c : text) {
+        if (c == '.')
+            ++points;
+        else if (c < '0' || c > '9')
+            return false;
+    }
+    return points == 1 && text.size() > 1;
+}
+
 // Whether a comma in a quoted cell is anything but a decimal sign, so that the import splits the cell there.
 bool isSplitCell(const Cell &cell)
 {
@@ -40,15 +54,10 @@ bool agrees(const Cell &cell, double sample)
 
 } // namespace
 
-void CellTally::add(const Cell &cell, std::size_t column, qint64 line)
+void CellTally::setFirst(const Cell &cell, std::size_t column, qint64 line)
 {
-    if (cells++ == 0) {
-        first = {line, static_cast<qsizetype>(column) + 1, 0, {}};
-        text = textOf(cell);
-    }
-    if (columns.size() <= column)
-        columns.resize(column + 1);
-    columns[column] = true;
+    first = {line, static_cast<qsizetype>(column) + 1, 0, {}};
+    text = textOf(cell);
 }
 
 SampleWalk::SampleWalk(const Laps &laps, QList<QString> names)
@@ -227,6 +236,10 @@ void RowComparison::compareCells(std::span<const Cell> cells)
 void RowComparison::judgeZero(const Cell &cell, std::size_t column)
 {
     const qint64 line = log.lineNumber();
+    if (cell.isQuoted && isPlainDecimal(cell.text)) { // nearly all cells may be: not converted
+        quotedPoint.add(cell, column, line);
+        return;
+    }
     if (cell.text.find_first_not_of(" \t") == std::string_view::npos) {
         empty.add(cell, column, line);
         return;

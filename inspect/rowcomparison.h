@@ -24,7 +24,17 @@ struct CellTally
     Place first;
     QString text; ///< of the first
 
-    void add(const Cell &cell, std::size_t column, qint64 line);
+    void add(const Cell &cell, std::size_t column, qint64 line)
+    {
+        if (cells++ == 0)
+            setFirst(cell, column, line);
+        if (columns.size() <= column)
+            columns.resize(column + 1);
+        columns[column] = true;
+    }
+
+private:
+    void setFirst(const Cell &cell, std::size_t column, qint64 line);
 };
 
 /// The column "Time", in seconds.
