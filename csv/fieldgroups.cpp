@@ -98,8 +98,8 @@ ORVA_AVX2 inline quint64 quotedEnds(const char *at, const char *end)
     return ends & before(unusual);
 }
 
-// Converts four texts as shortDecimalBefore does. They are the last @p lengths bytes of @p texts. Returns a bit for
-// each that is none of its kind: it has to be read by itself.
+// Converts four texts as shortDecimalBefore does; they are the last @p lengths bytes of @p texts. Returns a bit for
+// each that is not such a text and has to be read by itself.
 template <bool isQuoted>
 ORVA_AVX2 inline unsigned readShortDecimals(Words texts, Words lengths, double *values)
 {
@@ -138,9 +138,8 @@ ORVA_AVX2 inline unsigned readShortDecimals(Words texts, Words lengths, double *
     // Other characters than digits, too many of them, or none after the minus or the decimal sign.
     Words unusual = words(_mm256_subs_epu8(vector(digits), _mm256_set1_epi8(9))) | ((minus | sign) & highestBit) |
                     words(_mm256_cmpgt_epi64(vector(lengths), _mm256_set1_epi64x(8)));
-    if constexpr (isQuoted)
-        unusual |= areZero(text & beforeSign & ~minus) & ~isInteger; // no digit before the comma
     if constexpr (isQuoted) {
+        unusual |= areZero(text & beforeSign & ~minus) & ~isInteger; // no digit before the comma
         // Within quotes, a point is not a decimal sign: such a text reads as 0.0.
         const Words isAscii = areZero(texts & text & highBits);
         const Words isText = ~areZero(bytesThatAre(texts, '.') & text) & isInteger & isAscii;
@@ -151,7 +150,7 @@ ORVA_AVX2 inline unsigned readShortDecimals(Words texts, Words lengths, double *
     return 0xF ^ static_cast<unsigned>(_mm256_movemask_pd(reinterpret_cast<__m256d>(areZero(unusual))));
 }
 
-// Reads the groups of a block whose fields end at @p ends, and returns the begin of the next field or null.
+// Reads the groups of a block whose fields end at @p ends, and returns the beginning of the next field or null.
 template <bool isQuoted>
 ORVA_AVX2 inline const char *readBlock(const char *at, const char *end, quint64 ends, std::span<double> values,
                                        std::size_t *count)
