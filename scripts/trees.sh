@@ -23,6 +23,8 @@ make_tree() {
   rm -rf "$tree"
   cp -a "$base" "$tree"
   cp /etc/resolv.conf "$tree/etc/"
+  # This machine's way to the package servers: proxies, and whether a mirror may lag behind.
+  apt-config dump Acquire | grep -E '^Acquire::(Check-Valid-Until|https?::)' >"$tree/etc/apt/apt.conf.d/00host" || true
   mkdir "$tree/orva"
   git archive HEAD | tar -x -C "$tree/orva"
 }
