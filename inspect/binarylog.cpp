@@ -64,7 +64,7 @@ QString BinaryRecord::kindText() const
     default:
         break;
     }
-    return QStringLiteral("type %1, %2 bytes").arg(header.typeCode).arg(width);
+    return QStringLiteral("type %1, %2 bytes").arg(quint16{header.typeCode}).arg(width);
 }
 
 BinaryLog::BinaryLog(const QString &path)

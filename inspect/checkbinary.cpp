@@ -134,8 +134,8 @@ private:
             const QString kind = record.passedOver == PassedOver::NoRate ? noRate
                                                                          : QStringLiteral("%1 (type %2, %3 bytes)")
                                                                                .arg(record.kindText())
-                                                                               .arg(record.header.typeCode)
-                                                                               .arg(record.header.sampleWidth);
+                                                                               .arg(quint16{record.header.typeCode})
+                                                                               .arg(quint16{record.header.sampleWidth});
             if (!first.contains(kind))
                 first.insert(kind, placeOf(record));
             names[kind].append(record.name);
