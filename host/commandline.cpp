@@ -122,7 +122,7 @@ QString problem(const CLI::ParseError &error)
     const QString option = text.section(QLatin1String(": "), 0, 0);
     if (text.contains(QLatin1String(" required ")) && text.endsWith(QLatin1String(" missing")))
         return option + QLatin1String(" needs a value");
-    if (text.contains(QLatin1String("At Most 1 ")))
+    if (text.contains(QLatin1String("at most 1 "), Qt::CaseInsensitive))
         return option + QLatin1String(" is given more than once");
     if (text.endsWith(QLatin1String("a disallowed flag override")))
         return QLatin1String("--") + text.section(u' ', 0, 0) + QLatin1String(" takes no value");

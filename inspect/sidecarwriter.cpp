@@ -37,7 +37,8 @@ QByteArray sidecarText(const QList<SidecarItem> &items)
             xml.writeAttribute(QStringLiteral("Unit"), carried(*item.unit));
     }
     xml.writeEndDocument();
-    return "<?xml version=\"1.0\" encoding=\"utf-8\"?>" + elements;
+    // Versions of Qt differ in the line breaks around the whole.
+    return "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n" + elements.trimmed() + '\n';
 }
 
 } // namespace Inspect
