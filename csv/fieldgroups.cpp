@@ -91,7 +91,8 @@ ORVA_AVX2 inline quint64 quotedEnds(const char *at, const char *end)
         commas = (commas & (rowEnd - 1)) | rowEnd;
         quotes = (quotes & (rowEnd - 1)) | rowEnd << 1; // as if another field followed
     }
-    // A comma between two quotes ends a field. No two of them share a quote, and there is no other quote.
+    // A comma between two quotes ends a field. Each of these commas has two quotes of its own; any other quote is
+    // unusual.
     const quint64 ends = commas & quotes << 1 & quotes >> 1;
     constexpr quint64 opening = 1;
     const quint64 unusual = (quotes ^ (opening | ends << 1 | ends >> 1)) | (ends & (ends << 2 | opening << 1));

@@ -10,8 +10,8 @@
 
 namespace KOV::SDK {
 
-/// Whether this processor, and the system, can run functions marked with ORVA_AVX2. False where there is no such mark.
-/// Thread-safe.
+/// Whether this processor and the operating system can run functions marked with ORVA_AVX2. Always false where the
+/// mark is not defined. Thread-safe.
 bool runsAvx2();
 
 } // namespace KOV::SDK
