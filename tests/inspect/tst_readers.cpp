@@ -4,6 +4,7 @@
 #include "inspect/drivingchannels.h"
 #include "inspect/sidecar.h"
 #include "inspect/textlog.h"
+#include "ld/ldx.h"
 
 #include "testing.h"
 #include "tests/ld/ldwriter.h"
@@ -206,6 +207,49 @@ private Q_SLOTS:
         QCOMPARE(sidecar.items.size(), 2);
         QVERIFY(!sidecar.items[0].unit && sidecar.items[1].unit);
         QVERIFY(!readSidecar(files.path(u"none.ldx"_s)).exists);
+    }
+
+    // A damaged or oversized sidecar gives the items that the import has from it, and a reason unless these are all.
+    void sidecarsAsImported_data()
+    {
+        const Table<QByteArray, bool, QString> row("content", "isComplete", "error"); // a part of ours, not of Qt's
+        QByteArray items;
+        for (int i = 0; i < 400; ++i)
+            items += "<Item Id=\"i" + QByteArray::number(i) + "\" Value=\"1.5\" Unit=\"V\"/>\n";
+        const auto whole = [](const QByteArray &content) { return "<Log>" + content + "</Log>"; };
+        const auto damaged = [&](qsizetype at) { return whole(items).replace(at, 1, "\xb0"); };
+        const auto nested = [&](int depth) {
+            return QByteArray("<a>").repeated(depth - 1) + items + QByteArray("</a>").repeated(depth - 1);
+        };
+        const auto withText = [&](qsizetype bytes) {
+            return whole(items + "<!--" + QByteArray(bytes, 'x') + "--><Item Id=\"last\"/>");
+        };
+        const QString larger = u"larger than any"_s;
+        row("whole", whole(items), true, {});
+        row("byte of Latin-1 in the first piece", damaged(4600), false, {});
+        row("and in the second", damaged(9000), false, {});
+        row("cut off", items.first(6000), false, {});
+        row("as deep as may be", nested(64), true, {});
+        row("deeper", nested(65), false, u"nested deeper"_s);
+        row("long comment", withText(8000), true, {});
+        row("too long a comment", withText(70000), false, larger);
+        row("too large", whole(items + "<b>" + QByteArray("<c>x</c>").repeated(1 << 18) + "</b><Item Id=\"last\"/>"),
+            false, larger);
+    }
+    void sidecarsAsImported()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(bool, isComplete);
+        QFETCH(QString, error);
+        const QString path = files.write(u"damaged.ldx"_s, content);
+        const Sidecar sidecar = readSidecar(path);
+        QStringList names;
+        for (const SidecarItem &item : sidecar.items)
+            names.append(item.id);
+        names.sort();
+        QCOMPARE(names, QStringList(loadValues(path).keys()));
+        QCOMPARE(sidecar.error.isEmpty(), isComplete);
+        QVERIFY2(sidecar.error.contains(error), qPrintable(sidecar.error));
     }
 
     void names()
