@@ -203,18 +203,15 @@ ORVA_AVX2 const char *readFieldGroups(const char *at, const char *end, std::span
 
 } // namespace
 
-FieldGroupReader fieldGroupReader()
-{
-    return KOV::SDK::runsAvx2() ? readFieldGroups : nullptr;
-}
-
-#else
+#endif
 
 FieldGroupReader fieldGroupReader()
 {
+#ifdef ORVA_AVX2
+    if (KOV::SDK::runsAvx2())
+        return readFieldGroups;
+#endif
     return nullptr;
 }
-
-#endif
 
 } // namespace Csv

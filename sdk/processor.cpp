@@ -6,9 +6,9 @@
 
 namespace KOV::SDK {
 
-namespace {
-
 #ifdef ORVA_AVX2
+
+namespace {
 
 // Bits of CPUID and of the XCR0 register: "Intel 64 and IA-32 Architectures Software Developer's Manual", volume 1, 14.
 // (__builtin_cpu_supports would bring a static initialiser.)
@@ -29,21 +29,18 @@ bool detectAvx2()
     return (eax & stateSavedBySystem) == stateSavedBySystem;
 }
 
-#else
-
-bool detectAvx2()
-{
-    return false;
-}
+} // namespace
 
 #endif
 
-} // namespace
-
 bool runsAvx2()
 {
+#ifdef ORVA_AVX2
     static const bool runs = detectAvx2();
     return runs;
+#else
+    return false;
+#endif
 }
 
 } // namespace KOV::SDK
