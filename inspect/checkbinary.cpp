@@ -77,6 +77,8 @@ public:
         }
         if (!missing.isEmpty())
             reasons.append(QStringLiteral("no channel %1 that the import reads").arg(listOf(missing)));
+        if (const qint64 count = shortLapCount(laps, commonRate); count > 0)
+            reasons.append(shortLapsText(count, laps));
         return reasons.join(QLatin1String("; "));
     }
 
@@ -115,6 +117,7 @@ private:
         judgeNames();
         list.addConstantChannels(laps, {});
         judgeLaps();
+        judgeShortLaps();
         if (laps.isEmpty() && list.sorted().isEmpty()) {
             Finding &finding = list.add(FindingCode::NoLapsCut);
             finding.found = QStringLiteral("The log has all the channels that laps come from.");
@@ -303,6 +306,23 @@ private:
             }
         }
         list.addUncutLaps(evidence, laps, seconds);
+    }
+
+    void judgeShortLaps()
+    {
+        const BinaryRecord *counter = readRecord(drivingChannel(LapRole::LapNumber));
+        if (!counter)
+            return;
+        const QString reason =
+            counter->rate() < commonRate
+                ? QStringLiteral("%1 has %2 samples per second. Brought to %3, it passes through values between two "
+                                 "numbers, and the import begins a lap at each.")
+                      .arg(quoted(counter->name))
+                      .arg(counter->rate())
+                      .arg(commonRate)
+                : QStringLiteral("%1 rises several times, and the import begins a lap at each rise.")
+                      .arg(quoted(counter->name));
+        list.addShortLaps(laps, commonRate, placeOf(*counter), reason);
     }
 
     void judgeSession()

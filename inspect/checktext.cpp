@@ -43,8 +43,10 @@ public:
         judgeCells();
         judgeColumns();
         sidecar = readSidecar(sidecarPath(path));
-        if (comparison.samples > 0)
+        if (comparison.samples > 0) {
             judgeLaps();
+            judgeShortLaps();
+        }
         judgeSidecar();
         CheckFacts facts{LogKind::Text,     std::ssize(columns),  comparison.rows,
                          head.sampleRate(), comparison.seconds(), {}};
@@ -77,10 +79,15 @@ public:
                                  : 0.0;
         if (laps.size() == 1 && lasts > longLap)
             reasons.append(QStringLiteral("one lap of %1").arg(durationText(lasts)));
+        if (const qint64 count = shortLapCount(laps, keptRate()); count > 0)
+            reasons.append(shortLapsText(count, laps));
         return reasons.join(QLatin1String("; "));
     }
 
 private:
+    // Rows per second that the import keeps; 0 where it is not known.
+    double keptRate() const { return head.sampleRate() / comparison.stride(); }
+
     FileLook lookOfFile() const
     {
         QFile file(path);
@@ -361,6 +368,18 @@ private:
             }
         }
         list.addUncutLaps(evidence, laps, comparison.seconds());
+    }
+
+    void judgeShortLaps()
+    {
+        const QString wanted = valueName(QString(drivingChannel(LapRole::Position).title));
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            if (valueName(columns[i].name) == wanted && comparison.keptColumn(i) == i)
+                list.addShortLaps(laps, keptRate(), columns[i].place,
+                                  QStringLiteral("%1 falls several times where a lap begins, and the import begins a "
+                                                 "lap at each fall.")
+                                      .arg(quoted(columns[i].name)));
+        }
     }
 
     void judgeSidecar()

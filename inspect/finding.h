@@ -31,6 +31,7 @@ enum class FindingCode
     NoLapChannel,
     NoLapsCut,
     NoLapMarks,
+    ShortLaps,
     MissingChannel,
     LooksLike,
     ImplausibleCount,

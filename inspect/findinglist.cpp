@@ -143,6 +143,33 @@ void FindingList::addUncutLaps(const std::vector<LapEvidence> &evidence, const L
     }
 }
 
+void FindingList::addShortLaps(const Laps &laps, double sampleRate, const Place &place, const QString &reason)
+{
+    const qint64 count = shortLapCount(laps, sampleRate);
+    if (count == 0)
+        return;
+    Finding &finding = add(FindingCode::ShortLaps, place);
+    finding.count = count;
+    finding.found = shortLapsText(count, laps) + u'.';
+    finding.read = reason;
+    finding.remedy = QStringLiteral("Run \"orva-host rewrite\" on the log, which makes one lap of these pieces.");
+}
+
+qint64 shortLapCount(const Laps &laps, double sampleRate)
+{
+    return std::count_if(laps.begin(), laps.end(), [&](const auto &lap) {
+        return lap != laps.first() && lap != laps.last() && static_cast<double>(lap->size()) < sampleRate;
+    });
+}
+
+QString shortLapsText(qint64 count, const Laps &laps)
+{
+    return QStringLiteral("%1 of %2 laps %3 less than a second")
+        .arg(count)
+        .arg(laps.size())
+        .arg(count == 1 ? QStringLiteral("lasts") : QStringLiteral("last"));
+}
+
 QString missingRemedy()
 {
     return QStringLiteral("Record or export it under this name; \"orva-host rewrite\" can make it from lap marks.");

@@ -40,10 +40,19 @@ public:
     /// The first of @p evidence, the best first, that marks laps where the import cut none of a log that lasts
     /// @p seconds; or that nothing marks any.
     void addUncutLaps(const std::vector<LapEvidence> &evidence, const Laps &laps, double seconds);
+    /// Laps of less than a second; @p sampleRate is that of the laps. @p reason is why the import makes such laps of
+    /// the log, as sentences.
+    void addShortLaps(const Laps &laps, double sampleRate, const Place &place, const QString &reason);
 
 private:
     QList<Finding> findings;
 };
+
+/// How many of @p laps last less than a second, which no car drives. The first and the last one do not count: a log may
+/// begin just before the line, and end just after it.
+qint64 shortLapCount(const Laps &laps, double sampleRate);
+/// "3 of 5 laps last less than a second".
+QString shortLapsText(qint64 count, const Laps &laps);
 
 /// What to do about a driving channel that has no substitute in the log.
 QString missingRemedy();

@@ -196,7 +196,7 @@ private Q_SLOTS:
         otherKind.header.typeCode = 7;
         auto huge = channel("lap", {});
         huge.header.sampleCount = 0xFFFFFFFF;
-        row("log", fileOf(binaryLog()), 0, {});
+        row("log", fileOf(binaryLog()), 0, ": 1 of 3 laps lasts less than a second; see orva-host check ");
         row("head alone", fileOf(LdWriter::log({}, named)), 1, "without laps: it has no channels;");
         row("cut-off head", fileOf(LdWriter::log({}, marked).first(64)), 1, "it has no channels;");
         row("other kind", fileOf(LdWriter::log({otherKind})), 1, "no channels of a readable kind");

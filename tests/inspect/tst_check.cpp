@@ -58,7 +58,7 @@ const QStringList noDrivingChannels(4, u"missing-channel 3:0"_s);
 
 std::vector<LdWriter::Channel> soundChannels()
 {
-    return {channel("lapdistpct", {1, 50, 99, 1, 50, 99, 1, 50}, "%"), channel("lap", {1, 1, 1, 2, 2, 2, 3, 3}),
+    return {channel("lapdistpct", {1, 50, 99, 1, 50, 99, 1, 50}, "%"), channel("lap", {1, 1, 1, 2, 2, 2, 2, 2}),
             channel("lapcurrentlaptime", {1, 10, 20, 1, 10, 20, 1, 10}, "s"),
             channel("laplastlaptime", {21, 21, 21, 21, 21, 21, 21, 21}, "s"),
             channel("Speed", {1, 2, 3, 4, 5, 6, 7, 8})};
@@ -89,6 +89,8 @@ private Q_SLOTS:
         row("last row cut off", soundExport().chopped(5), {u"uneven-rows 9:0"_s});
         row("thinned", soundExport("Sample Rate,360\n"),
             {u"no-laps-cut 3:2 x2"_s, u"thinned 1:2 x3"_s, u"time-gap 7:1 x3"_s});
+        row("position that goes to and fro", soundExport("Sample Rate,60\n", "9,9,9,9,9,9,9,9"),
+            {u"short-laps 3:2 x2"_s, u"time-gap 7:1 x7"_s});
         row("gap", soundExport().replace("\n30,", "\n300,"), {u"time-gap 9:1"_s});
         row("falling clock", soundExport().replace("\n30,", "\n10,"), {u"time-gap 9:1"_s});
         row("one name", soundExport().replace("Speed", "Time").replace("km/h", "min"), {u"duplicate-name 3:1"_s});
@@ -176,6 +178,11 @@ private Q_SLOTS:
             {u"constant-channel"_s});
         LdHeadBlock head;
         LdWriter::setText(head.sessionText, "Sprint");
+        row("slow counter", with([](auto &all) {
+                for (LdWriter::Channel &slow : all)
+                    slow.header.sampleRate = 10;
+            }),
+            {u"short-laps #2 x5"_s});
         row("session", LdWriter::log(soundChannels(), head), {u"unknown-session"_s});
     }
     void binaryLogs()
