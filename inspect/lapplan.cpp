@@ -2,6 +2,7 @@
 
 #include "inspect/rewriteerror.h"
 #include "inspect/signalnames.h"
+#include "inspect/words.h"
 
 #include <algorithm>
 #include <cmath>
@@ -32,16 +33,6 @@ bool isTimeRole(LapRole role)
 QString secondsText(double seconds)
 {
     return QString::number(seconds, 'f', 3);
-}
-
-QString counted(qsizetype count, const QString &thing)
-{
-    return QStringLiteral("%1 %2%3").arg(count).arg(thing, count == 1 ? QString() : QStringLiteral("s"));
-}
-
-QString quoted(const QString &title)
-{
-    return u'"' + title + u'"';
 }
 
 // The import multiplies by 1000 and drops the fraction, which can cost the last millisecond of a decimal; the next
@@ -456,11 +447,11 @@ void LapPlan::setLapTimes()
         }
     }
     if (disagreements > 0)
-        notes.append(QStringLiteral("%1 differs from the time between the marks by more than %2 s in %3 laps; there "
+        notes.append(QStringLiteral("%1 differs from the time between the marks by more than %2 s in %3; there "
                                     "the marks count")
                          .arg(quoted(logged->channel().title))
                          .arg(nearTime)
-                         .arg(disagreements));
+                         .arg(counted(disagreements, QStringLiteral("lap"))));
     const QString between = QStringLiteral("time from one start of a lap to the next");
     if (usesChannel)
         setSource(LapRole::LastLapTime, usesLines ? QLatin1String(", else ") + between : QString(), logged);
