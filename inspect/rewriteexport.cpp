@@ -4,6 +4,7 @@
 #include "inspect/rewriteerror.h"
 #include "inspect/signalnames.h"
 #include "inspect/textlog.h"
+#include "inspect/words.h"
 #include "ld/ldx.h"
 
 #include <algorithm>
@@ -54,7 +55,7 @@ public:
     {
         const double expected = base + static_cast<double>(index) / rate;
         const double step = said && hasSaid ? *said - lastSaid : 0.0;
-        isGap = step > longestStep / rate;
+        isGap = step > (longestStep + static_cast<double>(silentRows)) / rate;
         falling = falling || step < -0.5 / rate;
         gapCount += isGap ? 1 : 0;
         if (said) {
@@ -65,6 +66,7 @@ public:
             lastSaid = *said;
             hasSaid = true;
         }
+        silentRows = said ? 0 : silentRows + 1;
         const double time = base + static_cast<double>(index) / rate;
         ++index;
         ++count;
@@ -83,9 +85,17 @@ private:
     qint64 count = 0;
     double lastSaid = 0.0; // by the time column
     bool hasSaid = false;
+    qint64 silentRows = 0; // since then
     bool isGap = false;
     bool falling = false;
     qint64 gapCount = 0;
+};
+
+// What the time column says of one row.
+struct TimedRow
+{
+    double row;
+    double time;
 };
 
 // What the first rows show.
@@ -155,7 +165,7 @@ private:
         }
 
         shape.hasValue.resize(static_cast<std::size_t>(titles.size()));
-        std::vector<double> times;
+        std::vector<TimedRow> times;
         std::size_t rows = 0;
         while (rows < triedRows && log->nextRow()) {
             ++rows;
@@ -167,7 +177,7 @@ private:
                     shape.hasValue[i] = true;
             }
             if (const auto time = timeScale > 0.0 ? numberOf(cells, timeColumn) : std::nullopt)
-                times.push_back(*time * timeScale);
+                times.push_back({static_cast<double>(rows), *time * timeScale});
         }
         if (rows == 0)
             throw RewriteError(QStringLiteral("no data rows; expected a header, channel names, units and rows"));
@@ -183,12 +193,13 @@ private:
         shape.timeStep = usualStep(times);
     }
 
-    // The mean of those steps that are not gaps. Single ones are rounded: 0.017 and 0.016 at 60 per second.
-    static double usualStep(const std::vector<double> &times)
+    // The mean of those steps from row to row that are not gaps. Single ones are rounded: 0.017 and 0.016 at 60 per
+    // second.
+    static double usualStep(const std::vector<TimedRow> &times)
     {
         std::vector<double> steps;
         for (std::size_t i = 1; i < times.size(); ++i)
-            steps.push_back(times[i] - times[i - 1]);
+            steps.push_back((times[i].time - times[i - 1].time) / (times[i].row - times[i - 1].row));
         if (steps.empty())
             return 0.0;
         std::vector<double> sorted = steps;
@@ -296,8 +307,8 @@ private:
         if (clock.falls())
             return std::nullopt;
         if (clock.gaps() > 0)
-            job.summary.remarks.append(
-                QStringLiteral("\"Time\" jumps ahead %1 times; nothing is put into the gaps").arg(clock.gaps()));
+            job.summary.remarks.append(QStringLiteral("\"Time\" jumps ahead at %1; nothing is put in between")
+                                           .arg(counted(clock.gaps(), QStringLiteral("place"))));
         clues.period = 1.0 / rate;
         clues.areRowsKept = areRowsKept;
         addMarks(clues);
@@ -346,9 +357,13 @@ private:
         std::array<KeptRow, 2> kept;
         std::size_t now = 0;
         double timeBefore = 0.0;
+        bool saidBefore = true;
         for (qint64 row = 0; row < rowCount && log->nextRow() && !job.file.isFull(); ++row) {
             const auto cellsOfRow = log->cells();
-            const double time = clock.next(saidTime(cellsOfRow));
+            const auto said = saidTime(cellsOfRow);
+            const double time = clock.next(said);
+            isTimeSilent = !said || (!areRowsKept && !saidBefore);
+            saidBefore = said.has_value();
             extraCells = extraCells || cellsOfRow.size() > static_cast<std::size_t>(titles.size());
             KeptRow &before = kept[1 - now];
             if (!areRowsKept || row + 1 == rowCount)
@@ -406,6 +421,7 @@ private:
         const bool isExact = share / rate <= sameInstant;
         const std::size_t cellCount = columns.size() + drivingRoles.size() + 1;
         const std::size_t sourceCount = std::min(from.cells.size(), to.cells.size());
+        const bool isTimeOwn = hasClock && (isClosing || isTimeSilent);
         writer.beginRow(cellCount, cellCount * ExportWriter::cellRoom);
         for (const LapRole role : drivingRoles) {
             const DrivingSource &source = plan.source(role);
@@ -419,7 +435,7 @@ private:
         for (const WrittenColumn &column : columns) {
             if (column.source >= sourceCount)
                 break; // a short row stays one: the import reads no value there, where an empty field would be 0
-            if (isClosing && hasClock && column.source == timeColumn)
+            if (isTimeOwn && column.source == timeColumn)
                 writer.addRounded(time / timeScale, timeDecimals);
             else if (isExact)
                 copier.add(from.cells[column.source]);
@@ -540,6 +556,7 @@ private:
     double base = 0.0;
     qint64 gridIndex = 0;
     bool extraCells = false;
+    bool isTimeSilent = false; // no time is written in the row in hand, or in the one that it is interpolated with
 };
 
 } // namespace
