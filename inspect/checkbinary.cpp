@@ -282,15 +282,11 @@ private:
         }
     }
 
+    // In the order in which a rewriting takes them.
     void judgeLaps()
     {
-        const auto marks = std::count_if(sidecar.beacons().begin(), sidecar.beacons().end(),
-                                         [this](double time) { return time > 0.0 && time < seconds; });
         std::vector<LapEvidence> evidence;
-        evidence.push_back(
-            {{}, QStringLiteral("The sidecar has %1").arg(counted(marks, QStringLiteral("lap mark"))), marks + 1});
-        for (const LapRole role :
-             {LapRole::Beacon, LapRole::LapNumber, LapRole::Position, LapRole::LapDistance, LapRole::CurrentLapTime}) {
+        const auto addChannels = [&](LapRole role) {
             for (const BinaryRecord &record : log.records()) {
                 const OtherName *name = otherName(record.name);
                 if (!name || name->role != role || laps.size() > 1 || record.rate() == 0)
@@ -304,7 +300,14 @@ private:
                      QStringLiteral("The channel %1 restarts or counts up at each lap").arg(quoted(record.name)),
                      counter.laps()});
             }
-        }
+        };
+        addChannels(LapRole::Position);
+        const auto marks = std::count_if(sidecar.beacons().begin(), sidecar.beacons().end(),
+                                         [this](double time) { return time > 0.0 && time < seconds; });
+        evidence.push_back(
+            {{}, QStringLiteral("The sidecar has %1").arg(counted(marks, QStringLiteral("lap mark"))), marks + 1});
+        for (const LapRole role : {LapRole::Beacon, LapRole::LapNumber, LapRole::LapDistance, LapRole::CurrentLapTime})
+            addChannels(role);
         list.addUncutLaps(evidence, laps, seconds);
     }
 

@@ -339,25 +339,11 @@ private:
             list.addConstantChannels(laps, except);
     }
 
+    // In the order in which a rewriting takes them.
     void judgeLaps()
     {
         std::vector<LapEvidence> evidence;
-        const auto beacons = [this](const std::vector<double> &times, double start) {
-            const double end = start + comparison.seconds();
-            return std::count_if(times.begin(), times.end(), [=](double time) { return time > start && time < end; });
-        };
-        if (const HeaderEntry *entry = head.find(u"Beacon Markers")) {
-            const qint64 count = beacons(head.beaconMarkers, comparison.clock.first.value_or(0.0));
-            evidence.push_back({{entry->line, entry->column + 2, 0, {}},
-                                QStringLiteral("The header has %1 (\"Beacon Markers\")")
-                                    .arg(counted(count, QStringLiteral("lap mark"))),
-                                count + 1});
-        }
-        const qint64 marks = beacons(sidecar.beacons(), 0.0);
-        evidence.push_back(
-            {{}, QStringLiteral("The sidecar has %1").arg(counted(marks, QStringLiteral("lap mark"))), marks + 1});
-        for (const LapRole role :
-             {LapRole::Beacon, LapRole::LapNumber, LapRole::Position, LapRole::LapDistance, LapRole::CurrentLapTime}) {
+        const auto addChannels = [&](LapRole role) {
             for (const auto &[column, counter] : comparison.lapCounters) {
                 if (otherName(columns[column].name)->role == role)
                     evidence.push_back({columns[column].place,
@@ -366,7 +352,22 @@ private:
                                             .arg(column + 1),
                                         counter.laps()});
             }
-        }
+        };
+        const auto addMarks = [&](const Place &place, const QString &text, const std::vector<double> &marks) {
+            const double period = head.sampleRate() > 0.0 ? 1.0 / head.sampleRate() : 0.0;
+            const double begin = comparison.clock.first.value_or(0.0) + 0.5 * period;
+            const double end = begin + comparison.seconds() + period; // also just after the last row
+            const qint64 count =
+                std::count_if(marks.begin(), marks.end(), [=](double mark) { return mark > begin && mark <= end; });
+            evidence.push_back({place, text.arg(counted(count, QStringLiteral("lap mark"))), count + 1});
+        };
+        addChannels(LapRole::Position);
+        if (const HeaderEntry *entry = head.find(u"Beacon Markers"))
+            addMarks({entry->line, entry->column + 2, 0, {}}, QStringLiteral("The header has %1 (\"Beacon Markers\")"),
+                     head.beaconMarkers);
+        addMarks({}, QStringLiteral("The sidecar has %1"), sidecar.beacons());
+        for (const LapRole role : {LapRole::Beacon, LapRole::LapNumber, LapRole::LapDistance, LapRole::CurrentLapTime})
+            addChannels(role);
         list.addUncutLaps(evidence, laps, comparison.seconds());
     }
 

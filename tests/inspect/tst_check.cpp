@@ -98,12 +98,15 @@ private Q_SLOTS:
         row("other names",
             "K,V\n\nTime,Car Pos Norm,Lap Number,Lap Time,Last Lap "
             "Time\ns,,,s,s\n\n0,.9,1,18,9\n10,.1,2,1,9\n20,.2,2,11,9\n",
-            {u"no-laps-cut 3:3 x2"_s, u"missing-channel 3:0"_s, u"missing-channel 3:0"_s, u"missing-channel 3:0"_s,
+            {u"no-laps-cut 3:2 x2"_s, u"missing-channel 3:0"_s, u"missing-channel 3:0"_s, u"missing-channel 3:0"_s,
              u"looks-like 3:2"_s, u"looks-like 3:4"_s, u"looks-like 3:5"_s});
         row("position as a fraction", soundExport().replace(",91,", ",.91,").replace(",1,1,", ",.01,1,"),
             {u"no-laps-cut 3:2 x2"_s});
         row("beacons", "Beacon Markers,0.5 1.5 99\n\nTime,A\ns,\n\n0,1\n1,1\n2,1\n",
             QStringList{u"no-laps-cut 1:2 x3"_s} + noDrivingChannels);
+        row("beacons at the first row, the last and just after it",
+            "Sample Rate,1\nBeacon Markers,100.4 101 102 103.4 103.6\n\nTime,A\ns,\n\n100,1\n101,1\n102,1\n",
+            QStringList{u"no-laps-cut 2:2 x4"_s} + QStringList(4, u"missing-channel 4:0"_s));
         row("no marks", "Sample Rate,0.001\n\n" + drivingTitles + "\n,\n\n1,1,1,1\n2,1,2,1\n", {u"no-lap-marks"_s});
         row("as tools write it",
             "\"Sample Rate\",\"1.000\",\"Hz\",,\"End Time\",\"2.0\",\"s\"\r\n\"Beacon Markers\",\"1.5 \"\r\n\r\n\r\n"
@@ -161,7 +164,7 @@ private Q_SLOTS:
             {u"records-dropped #5"_s});
         row("no rate", with([](auto &all) { all[4].header.sampleRate = 0; }), {u"records-dropped #5"_s});
         row("no counter", with([](auto &all) { LdWriter::setText(all[1].header.name, "Lap Number"); }),
-            {u"no-lap-channel"_s, u"no-laps-cut #2 x2"_s, u"looks-like #2"_s});
+            {u"no-lap-channel"_s, u"no-laps-cut #1 x3"_s, u"looks-like #2"_s});
         row("counter of another kind", with([](auto &all) { all[1].header.typeCode = 7; }),
             {u"records-dropped #2"_s, u"no-lap-channel #2"_s, u"no-laps-cut #1 x3"_s});
         row("too short", with([](auto &all) { all[1].header.sampleCount = 3; }),
