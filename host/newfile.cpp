@@ -5,6 +5,9 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QSaveFile>
 
+#include <filesystem>
+#include <system_error>
+
 namespace Host {
 
 NewFile::NewFile(const QString &path, const QStringList &sources, bool isForced)
@@ -12,7 +15,9 @@ NewFile::NewFile(const QString &path, const QStringList &sources, bool isForced)
 {
     const QFileInfo info(path);
     for (const QString &source : sources) {
-        if (info.exists() && info.canonicalFilePath() == QFileInfo(source).canonicalFilePath())
+        std::error_code error;
+        if (std::filesystem::equivalent(info.filesystemAbsoluteFilePath(),
+                                        QFileInfo(source).filesystemAbsoluteFilePath(), error))
             throw Failure(path + QLatin1String(": a log or its sidecar, which are never overwritten"));
     }
     if (info.isDir())
