@@ -5,6 +5,7 @@
 #include "host/output.h"
 #include "host/textformat.h"
 #include "host/texttable.h"
+#include "inspect/words.h"
 #include "sdk/sdk_utils.h"
 
 using KOV::SDK::LapHeader;
@@ -73,13 +74,13 @@ void printChannels(const Log &log, qsizetype index, Output &output)
 {
     const auto &lap = log.laps[index];
     const auto channels = channelsOf(*lap);
-    output.writeText(QStringLiteral("Lap with index %1 (%2, number %3, time %4%5): %6 channels\n\n")
+    output.writeText(QStringLiteral("Lap with index %1 (%2, number %3, time %4%5): %6\n\n")
                          .arg(index)
                          .arg(kindText(lap->header().lapKind))
                          .arg(lap->header().lapNumber)
                          .arg(lapTimeText(lap->header().lapTime),
                               index == bestLap(log.laps) ? QLatin1String(", ") + bestMark : QString())
-                         .arg(channels.size()));
+                         .arg(Inspect::counted(std::ssize(channels), QStringLiteral("channel"))));
 
     TextTable table({{QStringLiteral("Name")},
                      {QStringLiteral("Unit")},

@@ -280,8 +280,8 @@ private:
         }
         if (notFinite > 0)
             job.summary.remarks.append(
-                QStringLiteral("%1 samples are NaN or infinite; their cells are empty, which the import reads as 0")
-                    .arg(notFinite));
+                QStringLiteral("%1 NaN or infinite in the source: now empty, which the import reads as 0")
+                    .arg(counted(notFinite, QStringLiteral("sample is"), QStringLiteral("samples are"))));
     }
 
     void writeRow(LapPlan &plan, DrivingCells &cells, const std::vector<float> &block, qint64 rowsOfBlock, qint64 row,
@@ -334,8 +334,8 @@ private:
         const auto [slowest, fastest] =
             std::minmax_element(records.begin(), records.end(),
                                 [](const auto *one, const auto *other) { return one->rate() < other->rate(); });
-        job.summary.source = QStringLiteral("binary .ld log, %1 records that can be read, %2 to %3 samples per second")
-                                 .arg(records.size())
+        job.summary.source = QStringLiteral("binary .ld log, %1 that can be read, %2 to %3 samples per second")
+                                 .arg(counted(std::ssize(records), QStringLiteral("record")))
                                  .arg((*slowest)->rate())
                                  .arg((*fastest)->rate());
         job.summary.rate = QStringLiteral("each channel is interpolated in time from its own rate, without a filter");

@@ -8,6 +8,7 @@
 #include <QtCore/QStringConverter>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Testing;
 
@@ -107,6 +108,8 @@ private Q_SLOTS:
                                                channel("Whole", {5}, {}, 0), channel("fast", {7}, {}, 4)}));
         files.write(u"rates.ldx"_s, "<x><i Id='Wing' Value='P4'/></x>");
         files.write(u"binary.ldx"_s, "<x><i Id='Wing' Value='P4'/></x>");
+        QCOMPARE(link(QFile::encodeName(files.path(u"log.csv"_s)), QFile::encodeName(files.path(u"linked"_s))), 0);
+        files.write(u"single.csv"_s, "\nLap Dist Pct\n%\n\n1\n2\n");
         QCOMPARE(mkfifo(QFile::encodeName(files.path(u"pipe"_s)).constData(), 0600), 0);
     }
 
@@ -137,6 +140,7 @@ private Q_SLOTS:
         row("page is there", "report -o @nothing @log.csv", 1, "nothing: already there; --force overwrites it");
         row("page is the log", "report --force -o @log.csv @nosetup.csv @log.csv", 1, "log.csv: a log or its sidecar");
         row("page is the sidecar", "report --force -o @log.ldx @log.csv", 1, "log.ldx: a log or its sidecar");
+        row("page is a hard link of the log", "report --force -o @linked @log.csv", 1, "linked: a log or its sidecar");
         row("page of no such lap", "report --force -o @page --laps 1,3 @log.csv", 1, "no lap with index 3");
         row("missing file", "@gone.csv", 1, "gone.csv: no such file\n");
         row("directory", "@", 1, ": a folder, expected a log file");
