@@ -305,6 +305,7 @@ void LapPlan::takeEvents(const std::vector<LapEvent> &events, const QString &wha
     for (const LapEvent &event : events) {
         Lap lap;
         lap.start = event.sampleTime;
+        lap.settled = event.settledTime;
         lap.line = event.lineTime;
         laps.push_back(lap);
     }
@@ -469,7 +470,13 @@ void LapPlan::setPositions()
         source.origin = quoted(positionChannel->channel().title);
         if (source.scale != 1.0)
             source.origin += QStringLiteral(" times %1").arg(source.scale);
-        return;
+        const auto unsettled =
+            std::count_if(laps.begin(), laps.end(), [](const Lap &lap) { return lap.settled > lap.start; });
+        if (unsettled == 0)
+            return;
+        notes.append(QStringLiteral("%1 goes back over the line at the start of %2; its values are replaced there, so "
+                                    "that the import begins each lap once")
+                         .arg(source.origin, counted(unsettled, QStringLiteral("lap"))));
     }
     if (!areLapsKnown && !laps.front().isWhole)
         return;
@@ -507,6 +514,8 @@ void LapPlan::setPositions()
         lap.percentPer = length > 0.0 ? percentPerLap / length : 0.0;
         lap.base = countsBack ? percentPerLap : 0.0;
     }
+    if (positionChannel)
+        return;
     const bool isByWay = std::any_of(laps.begin(), laps.end(), [](const Lap &lap) { return lap.isByWay; });
     setSource(LapRole::Position,
               isByWay ? QStringLiteral("distance within the lap, from %1").arg(quoted(wayChannel->channel().title))
@@ -553,6 +562,11 @@ std::optional<double> LapPlan::closingTime() const
     if (laps.size() > 1 && laps.back().start > clues.lastTime + sameInstant)
         return laps.back().start;
     return std::nullopt;
+}
+
+bool LapPlan::isAtLine(double time)
+{
+    return time < lapAt(time).settled - sameInstant;
 }
 
 const LapPlan::Lap &LapPlan::lapAt(double time)

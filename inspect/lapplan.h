@@ -123,6 +123,9 @@ public:
     /// A mark after the last row, so that a lap ends with the rows: the import needs one more row to see that.
     std::optional<double> closingTime() const;
 
+    /// Whether the car goes back over the line at @p time or later in the same crossing: a channel's position would
+    /// begin further laps there. Rows are asked for in their order.
+    bool isAtLine(double time);
     // The value at @p time of a channel that follows from the laps. Rows are asked for in their order.
     double position(double time);
     double currentLapTime(double time);
@@ -133,9 +136,10 @@ public:
 private:
     struct Lap
     {
-        double start = 0.0; ///< the first row that is not before it is the lap's first
-        double line = 0.0;  ///< the instant from which the lap's time counts
-        double clock = 0.0; ///< the instant from which the running time counts
+        double start = 0.0;   ///< the first row that is not before it is the lap's first
+        double settled = 0.0; ///< the car has left the line
+        double line = 0.0;    ///< the instant from which the lap's time counts
+        double clock = 0.0;   ///< the instant from which the running time counts
         double end = 0.0;
         double number = 0.0;
         double lastLapTime = 0.0;

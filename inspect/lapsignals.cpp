@@ -27,6 +27,12 @@ void LapEvents::add(const LapEvent &event)
         events = {};
 }
 
+void LapEvents::prolong(double sampleTime)
+{
+    if (!events.empty())
+        events.back().settledTime = sampleTime;
+}
+
 void BeaconSignal::add(double time, double value)
 {
     if (!std::isfinite(value))
@@ -35,7 +41,7 @@ void BeaconSignal::add(double time, double value)
     const bool isChange = previous ? std::abs(value - *previous) >= smallestStep : std::abs(value) >= smallestStep;
     if (isChange) {
         if (previous && (!hasChanged || time - lastChange >= shortestLap))
-            found.add({time, time});
+            found.add({time, time, time});
         lastChange = time;
         hasChanged = true;
     }
@@ -48,7 +54,7 @@ void CounterSignal::add(double time, double value)
         return;
     if (previous && value - *previous >= smallestStep) {
         if (!lastRise || time - *lastRise >= shortestLap)
-            found.add({time, time});
+            found.add({time, time, time});
         lastRise = time;
     }
     previous = value;
@@ -65,7 +71,7 @@ void RestartSignal::add(double time, double value)
             line = time - value;
         else if (kind == Kind::Distance && slope > 0.0)
             line = std::max(time - value / slope, previousTime);
-        found.add({time, std::min(line, time)});
+        found.add({time, std::min(line, time), time});
         lastFall = time;
         reached = value;
     }
@@ -84,7 +90,11 @@ void PositionSignal::add(double time, double value)
         const double rest = std::max(whole - *previous, 0.0);
         const double begun = std::max(value, 0.0);
         const double share = rest + begun > 0.0 ? rest / (rest + begun) : 1.0;
-        found.add({time, previousTime + share * (time - previousTime)});
+        if (lastFall && time - *lastFall < shortestLap)
+            found.prolong(time);
+        else
+            found.add({time, previousTime + share * (time - previousTime), time});
+        lastFall = time;
     }
     lowest = previous ? std::min(lowest, value) : value;
     highest = previous ? std::max(highest, value) : value;

@@ -13,8 +13,9 @@ namespace Inspect {
 /// An instant at which a channel says that a lap begins.
 struct LapEvent
 {
-    double sampleTime = 0.0; ///< of the first sample of the new lap
-    double lineTime = 0.0;   ///< when the car crossed the line, as well as the channel shows
+    double sampleTime = 0.0;  ///< of the first sample of the new lap
+    double lineTime = 0.0;    ///< when the car crossed the line, as well as the channel shows
+    double settledTime = 0.0; ///< of the first sample from which on it has not gone back over the line
 };
 
 /// Lap events of one channel in the order of time. A channel that has more of them than any log has laps does not mark
@@ -23,6 +24,8 @@ class LapEvents
 {
 public:
     void add(const LapEvent &event);
+    /// The latest event was not over before @p sampleTime.
+    void prolong(double sampleTime);
     const std::vector<LapEvent> &list() const { return events; }
 
 private:
@@ -86,7 +89,8 @@ private:
     LapEvents found;
 };
 
-/// A position round the lap: each fall by more than the import's three quarters of a lap.
+/// A position round the lap: each fall by more than the import's three quarters of a lap. A car that rolls back over
+/// the line makes several falls of one event.
 class PositionSignal
 {
 public:
@@ -104,6 +108,7 @@ private:
     double whole;
     std::optional<double> previous;
     double previousTime = 0.0;
+    std::optional<double> lastFall;
     double lowest = 0.0;
     double highest = 0.0;
     LapEvents found;

@@ -425,7 +425,8 @@ private:
         writer.beginRow(cellCount, cellCount * ExportWriter::cellRoom);
         for (const LapRole role : drivingRoles) {
             const DrivingSource &source = plan.source(role);
-            if (source.kind == DrivingSource::Kind::Channel && !isClosing)
+            const bool isReplaced = isClosing || (role == LapRole::Position && plan.isAtLine(time));
+            if (source.kind == DrivingSource::Kind::Channel && !isReplaced)
                 addFromChannel(source, role, from.cells, to.cells, isExact ? 0.0 : share);
             else if (source.kind != DrivingSource::Kind::Unknown)
                 driving->add(writer, role, time);

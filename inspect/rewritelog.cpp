@@ -295,7 +295,9 @@ private:
         };
         for (const LapRole role : drivingRoles) {
             if (plan.source(role).kind == DrivingSource::Kind::Channel) {
-                if (row < columns[column].length)
+                if (plan.isAtLine(time))
+                    cells.add(writer, role, time);
+                else if (row < columns[column].length)
                     writer.addRounded(static_cast<double>(sample()), 6);
                 ++column;
             } else if (plan.isWritten(role)) {

@@ -164,11 +164,11 @@ private Q_SLOTS:
             {u"records-dropped #5"_s});
         row("no rate", with([](auto &all) { all[4].header.sampleRate = 0; }), {u"records-dropped #5"_s});
         row("no counter", with([](auto &all) { LdWriter::setText(all[1].header.name, "Lap Number"); }),
-            {u"no-lap-channel"_s, u"no-laps-cut #1 x3"_s, u"looks-like #2"_s});
+            {u"no-lap-channel"_s, u"no-laps-cut #1 x2"_s, u"looks-like #2"_s});
         row("counter of another kind", with([](auto &all) { all[1].header.typeCode = 7; }),
-            {u"records-dropped #2"_s, u"no-lap-channel #2"_s, u"no-laps-cut #1 x3"_s});
+            {u"records-dropped #2"_s, u"no-lap-channel #2"_s, u"no-laps-cut #1 x2"_s});
         row("too short", with([](auto &all) { all[1].header.sampleCount = 3; }),
-            {u"no-lap-channel #2"_s, u"no-laps-cut #1 x3"_s});
+            {u"no-lap-channel #2"_s, u"no-laps-cut #1 x2"_s});
         row("no lap times", with([](auto &all) { LdWriter::setText(all[3].header.name, "Other"); }),
             {u"missing-channel"_s});
         row("absurd count", with([](auto &all) { all[4].header.sampleCount = 0xFFFFFFFF; }),

@@ -93,7 +93,7 @@ private Q_SLOTS:
         const Table<LapRole, Samples, double, QString> row("role", "samples", "scale", "expected");
         row("fall of a fraction", LapRole::Position, {0.7, 0.9, 0.3, 0.5, 0.9, 0.05}, 1.0, u"5/4.66667"_s);
         row("fall of percents", LapRole::Position, {80, 97, 1, 0, 99, 24.5, 98, 22}, 1.0, u"2/1.75 7/6.08333"_s);
-        row("beyond the line", LapRole::Position, {50, 102, 1, 110, -3}, 1.0, u"2/1 4/4"_s);
+        row("beyond the line", LapRole::Position, {50, 102, 1, 30, 50, 70, 110, -3}, 1.0, u"2/1 7/7"_s);
         row("counter", LapRole::LapNumber, {1, 2, 3, none, 3, 3, 3, 3.6, 2, 2, 2, 2, 2.2, 4}, 1.0, u"1/1 7/7 13/13"_s);
         row("beacon", LapRole::Beacon, {0, 0, 1, 0, 0, 0, 0, 0.4, 1, 1, 1, 1, 1, 0, 0, 0}, 1.0, u"2/2 8/8 13/13"_s);
         row("begins within a pulse", LapRole::Beacon, {1, 0, 0, 0, 0, 0, 1}, 1.0, u"6/6"_s);

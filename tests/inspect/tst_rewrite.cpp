@@ -164,6 +164,13 @@ private Q_SLOTS:
         row("a position that never falls",
             drive(rate60, {{u"Car Pos Norm"_s, [](double time) { return 0.01 * time; }}, counter}), {}, told,
             u"2 rises of \"Session Lap Count\""_s);
+        const Column unsettled{u"Car Pos Norm"_s, [](double time) {
+                                   return (time > 10.6 && time < 11.0) || time > 29.9 ? 0.998 : lapShare(time);
+                               }};
+        row("a car that rolls back over the line", drive(rate60, {unsettled}), {},
+            u"0:0.10.500/630 1:0.09.750/585 2:-/585"_s, u"2 falls of \"Car Pos Norm\""_s);
+        row("the same at 20 rows per second", drive("\"Sample Rate\",\"20.000\"", {unsettled}, 20), {},
+            u"0:0.10.500/630 1:0.09.750/585 2:-/583"_s, u"2 falls of \"Car Pos Norm\""_s);
         row("nothing", drive(rate60, {}), {}, u"0:-/1800"_s, {});
         row("one lap without a time", drive(rate60 + "\n\"Range\",\"Lap 7\"", {}), {}, u"0:-/1800"_s,
             u"one lap, named by the header row \"Range\""_s);
