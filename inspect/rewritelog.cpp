@@ -79,7 +79,8 @@ std::vector<float> resampledPosition(const std::vector<float> &samples, int rate
         const std::size_t upper = std::min(lower + 1, samples.size() - 1);
         const double from = samples[lower] * scale;
         const double to = samples[upper] * scale;
-        const double value = from - to > halfLapPercent ? from : from + (to - from) * (at - std::floor(at));
+        const bool isFrom = from - to > halfLapPercent || !std::isfinite(to);
+        const double value = isFrom ? from : from + (to - from) * (at - std::floor(at));
         if (std::isfinite(value))
             held = static_cast<float>(value);
         position[i] = held; // a sample without a value does not end a lap

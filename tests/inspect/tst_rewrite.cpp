@@ -3,6 +3,7 @@
 #include "inspect/exportwriter.h"
 #include "inspect/rewrite.h"
 #include "inspect/rewriteerror.h"
+#include "inspect/sidecar.h"
 #include "inspect/textlog.h"
 #include "ld/ldx.h"
 #include "plugin/plugininterfaceimport.h"
@@ -97,6 +98,14 @@ const Column lastTime{u"Last Lap Time/s"_s, [](double time) {
                       }};
 const Column position{u"Car Pos Norm"_s, lapShare};
 
+std::vector<qint16> run(qint16 count)
+{
+    std::vector<qint16> numbers;
+    while (std::ssize(numbers) < count)
+        numbers.push_back(qint16(numbers.size()));
+    return numbers;
+}
+
 QByteArray sidecarOf(const QByteArray &marks)
 {
     QByteArray text = "<LDXFile><Layers><Layer><MarkerBlock><MarkerGroup Name=\"Beacons\">";
@@ -104,6 +113,20 @@ QByteArray sidecarOf(const QByteArray &marks)
         text += "<Marker Time=\"" + mark + "\"/>";
     return text + "</MarkerGroup></MarkerBlock></Layer><Details><Numeric Id=\"Fuel\" Value=\"38\" Unit=\"l\"/>"
                   "<String Id=\"Note\" Value=\"a &quot;b&quot;\"/></Details></Layers></LDXFile>";
+}
+
+// A channel of single-precision numbers.
+LdWriter::Channel singles(const char *name, int rate, int count, const std::function<float(int)> &value)
+{
+    std::vector<quint32> bits;
+    for (int i = 0; i < count; ++i)
+        bits.push_back(std::bit_cast<quint32>(value(i)));
+    LdWriter::Channel made = channel(name, {}, "m", quint16(rate));
+    made.header.typeCode = 7;
+    made.header.sampleWidth = 4;
+    made.header.sampleCount = quint32(count);
+    made.samples = LdWriter::raw(bits);
+    return made;
 }
 
 } // namespace
@@ -320,17 +343,6 @@ private Q_SLOTS:
 
     void binaryLog()
     {
-        const auto singles = [](const char *name, int rate, int count, const std::function<float(int)> &value) {
-            std::vector<quint32> bits;
-            for (int i = 0; i < count; ++i)
-                bits.push_back(std::bit_cast<quint32>(value(i)));
-            LdWriter::Channel made = channel(name, {}, "m", quint16(rate));
-            made.header.typeCode = 7;
-            made.header.sampleWidth = 4;
-            made.header.sampleCount = quint32(count);
-            made.samples = LdWriter::raw(bits);
-            return made;
-        };
         const auto speed = [](int i) { return 0.1F * float(i); };
         LdWriter::Channel unknown = channel("Odd", {1, 2});
         unknown.header.sampleWidth = 3;
@@ -437,6 +449,78 @@ private Q_SLOTS:
         QTEST(remarks, "remarks");
     }
 
+    // The same of .ld logs: what follows after the header.
+    void wholeLogs_data()
+    {
+        const Table<std::vector<LdWriter::Channel>, QByteArray, std::vector<double>, QByteArray, QString> row(
+            "channels", "sidecarMarks", "lapsAt", "expected", "remarks");
+        const auto none = std::numeric_limits<float>::quiet_NaN();
+        row("position at another rate",
+            {channel("Car Pos Norm", {50, 98, 2}, {}, 30, 2), channel("Rpm", {1, 2, 3, 4, 5, 6, 7})}, {}, {},
+            "Beacon Markers,0.05\n\nLap Dist Pct,Lap Number,Lap Current Lap Time,Lap Last Lap Time,Time,Car Pos "
+            "Norm,Rpm\n%,,s,s,s,,\n\n50,0,0.000001,0,0,0.5,1\n74,0,0.017,0,0.016667,0.74,2\n98,0,0.033,0,0.033333,0.98,"
+            "3\n98,0,0.05,0,0.05,0.5,4\n2,1,0.017,0.05,0.066667,0.02,5\n2,1,0.033,0.05,0.083333,0.02,6\n2,1,0.05,0.05,"
+            "0.1,0.02,7\n",
+            {});
+        row("position with a hole",
+            {singles("Lap Dist Pct", 60, 4, [none](int i) { return i == 1   ? none
+                                                                   : i == 3 ? 2.0F
+                                                                            : float(97 + i); })},
+            {}, {},
+            "Beacon Markers,0.038889\n\nLap Dist Pct,Lap Number,Lap Current Lap Time,Lap Last Lap "
+            "Time,Time\n%,,s,s,s\n\n97,0,0.000001,0,0\n97,0,0.017,0,0.016667\n99,0,0.033,0,0.033333\n2,1,0.011,0."
+            "038889,0.05\n",
+            {});
+        row("its own time", {channel("B", {1, 2, 3}), channel("TIME", {5017, 5033, 5050}, "s", 60, 3)}, {}, {},
+            "\nB,TIME\n,s\n\n1,5.017\n2,5.033\n3,5.05\n", {});
+        row("time in minutes", {channel("Time", {0, 1, 2}, "min", 60, 2)}, {}, {},
+            "\nTime,Time 2\ns,min\n\n0,0\n0.016667,0.01\n0.033333,0.02\n",
+            u"the import keeps only one of several channels with the same name; renamed: \"Time 2\" (min)"_s);
+        row("time that is short", {channel("Time", {0, 17}, "s", 60, 3), channel("B", {1, 2, 3})}, {}, {},
+            "\nTime,Time 2,B\ns,s,\n\n0,0,1\n0.016667,0.017,2\n0.033333,0.017,3\n",
+            u"the import keeps only one of several channels with the same name; renamed: \"Time 2\" (s)"_s);
+        row("time that jumps", {channel("Time", {0, 17, 93}, "s", 60, 3)}, {}, {},
+            "\nTime,Time 2\ns,s\n\n0,0\n0.016667,0.017\n0.033333,0.093\n",
+            u"the import keeps only one of several channels with the same name; renamed: \"Time 2\" (s)"_s);
+        row("marks of the sidecar", {channel("B", {1, 2, 3})}, "45000", {},
+            "Beacon Markers,0.045\n\nLap Dist Pct,Lap Number,Lap Current Lap Time,Lap Last Lap "
+            "Time,Time,B\n%,,s,s,s,\n\n0,0,0.000001,0,0,1\n37.037,0,0.017,0,0.016667,2\n74.0741,0,0.033,0,0.033333,"
+            "3\n0,1,0.000001,0.045,0.045,3\n",
+            u"the last lap ends after the last row: a row at 0.045 s with the last values is added, as the import takes a lap's time from the rows after it"_s);
+        row("marks of the user", {channel("B", {1, 2, 3})}, "20000", {0.01},
+            "Beacon Markers,0.01\n\nLap Dist Pct,Lap Number,Lap Current Lap Time,Lap Last Lap "
+            "Time,Time,B\n%,,s,s,s,\n\n57.1429,0,0.000001,0,0,1\n28.5714,1,0.007,0.01,0.016667,2\n100,1,0.023,0.01,0."
+            "033333,3\n",
+            {});
+        row("ends",
+            {channel("Long", run(71)), channel("Held", run(11)), channel("Short", run(10)),
+             channel("Gone", {1}, {}, 0)},
+            {}, {}, {},
+            u"records that cannot be read are left out: \"Gone\" (no sample rate); 1 channel ends before the last row, the first at 0.167 s; rows after the end of a channel have no value for it"_s);
+        row("one number that is none",
+            {singles("F", 60, 3, [none](int i) { return i == 1 ? none : 1e-7F * float(i); })}, {}, {},
+            "\nTime,F\ns,m\n\n0,0\n0.016667,\n0.033333,2e-07\n",
+            u"1 sample is NaN or infinite in the source: now empty, which the import reads as 0"_s);
+    }
+    void wholeLogs()
+    {
+        QFETCH(std::vector<LdWriter::Channel>, channels);
+        QFETCH(QByteArray, sidecarMarks);
+        QFETCH(std::vector<double>, lapsAt);
+        QFETCH(QByteArray, expected);
+        RewriteOptions options;
+        if (!lapsAt.empty())
+            options.lapsAt = lapsAt;
+        const QByteArray sidecar = sidecarMarks.isEmpty() ? QByteArray() : sidecarOf(sidecarMarks);
+        QFile file(rewritten(LdWriter::log(channels), options, sidecar, true));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray result = file.readAll().replace("\r\n", "\n");
+        const QString remarks = summary.remarks.join(u"; "_s);
+        const QByteArray rows = result.sliced(result.indexOf("60.000,Hz\n") + 10);
+        QVERIFY2(expected.isEmpty() || rows == expected, rows);
+        QTEST(remarks, "remarks");
+    }
+
     void refusals_data()
     {
         const QByteArray log = drive(rate60 + "\n\"Beacon Markers\",\"15 12.5\"", {position}, 60, 1.0);
@@ -518,32 +602,58 @@ private Q_SLOTS:
     void overwriting()
     {
         Testing::Files folder;
-        RewriteOptions options;
-        options.sourcePath = folder.write(u"log.csv"_s, drive(rate60, {counter}, 60, 12.0));
+        const QByteArray content = drive(rate60 + "\n\"Session\",\"Race\"", {counter}, 60, 12.0);
         const QByteArray sidecar = sidecarOf("1000000");
-        folder.write(u"log.ldx"_s, sidecar);
-        QVERIFY(QFile::link(options.sourcePath, folder.path(u"link.csv"_s)));
-        const auto isWritten = [&](const char *name, bool force) {
-            options.targetPath = folder.path(QString::fromLatin1(name));
+        for (const char *name : {"log.csv", "bare", "odd.ldx", "plain.csv"})
+            folder.write(QString::fromLatin1(name), content);
+        for (const char *name : {"log.ldx"})
+            folder.write(QString::fromLatin1(name), sidecar);
+        QVERIFY(QFile::link(folder.path(u"log.csv"_s), folder.path(u"link.csv"_s)));
+        QVERIFY(QFile::link(folder.path(u"gone"_s), folder.path(u"dangling.csv"_s)));
+        QVERIFY(QDir(folder.path({})).mkdir(u"folder"_s));
+        const auto refusal = [&](const char *source, const char *target, bool force) {
+            RewriteOptions options;
+            options.sourcePath = folder.path(QString::fromLatin1(source));
+            options.targetPath = folder.path(QString::fromLatin1(target));
             options.mayOverwrite = force;
             try {
                 summary = rewriteLog(options, false);
-            } catch (const RewriteError &) {
-                return false;
+            } catch (const RewriteError &error) {
+                return QString(error.text()).remove(folder.path({}) + u'/');
             }
-            return true;
+            return QString();
         };
-        for (const char *name : {"log.csv", "link.csv", "log.ldx", "new.ldx"})
-            QVERIFY2(!isWritten(name, true), name);
+        for (const char *name : {"log.csv", "link.csv", "./log.csv"})
+            QVERIFY2(refusal("log.csv", name, true).endsWith(u" is the log itself, which is never overwritten"), name);
+        QCOMPARE(refusal("log.csv", "log.ldx", true), u"log.ldx is the log's sidecar, which is never overwritten"_s);
+        QCOMPARE(refusal("log.csv", "new.ldx", true),
+                 u"new.ldx is where the new file's own sidecar belongs, expected a name such as new.csv"_s);
+        QCOMPARE(refusal("odd.ldx", "odd.csv", true), u"the sidecar of odd.csv would be the log itself"_s);
+        QCOMPARE(refusal("log.csv", "folder", true), u"folder is a folder, expected the name of a file"_s);
+        QCOMPARE(refusal("log.csv", "dangling.csv", true), u"dangling.csv is not a regular file"_s);
+        QCOMPARE(refusal("bare", "plain.csv", false), u"plain.csv is already there; --force overwrites it"_s);
         folder.write(u"other.ldx"_s, "mine");
-        QVERIFY(!isWritten("other.csv", false));
-        QVERIFY(isWritten("other.csv", true));
-        QVERIFY(!isWritten("other.csv", false));
+        QCOMPARE(refusal("log.csv", "other.csv", false),
+                 u"other.ldx, which would be the sidecar of other.csv, is already there; --force overwrites it"_s);
+        QCOMPARE(refusal("log.csv", "other.csv", true), QString());
+        QCOMPARE(summary.sidecarPath, folder.path(u"other.ldx"_s));
+        QCOMPARE(summary.sidecarItems, 3); // with the session
         QCOMPARE(loadValues(folder.path(u"other.ldx"_s)), loadValues(folder.path(u"log.ldx"_s)));
-        QVERIFY(isWritten("log.new.csv", false)); // the sidecar of both is log.ldx
+        // A sidecar that serves both logs stays; where there is none yet, it is written.
+        QCOMPARE(refusal("log.csv", "log.new.csv", false), QString());
+        QVERIFY(summary.remarks.contains(folder.path(u"log.ldx serves both logs and is left as it is"_s)));
         QFile kept(folder.path(u"log.ldx"_s));
         QVERIFY(kept.open(QIODevice::ReadOnly));
         QCOMPARE(kept.readAll(), sidecar);
+        QCOMPARE(refusal("bare", "bare.csv", false), QString());
+        QCOMPARE(readSidecar(folder.path(u"bare.ldx"_s)).sessionWord.value_or(QString()), u"Race"_s);
+        // Of two sessions that of the sidecar counts, and of a broken sidecar what comes before the error.
+        folder.write(u"bare.ldx"_s, "<x><i Id='Event' Value='Test'/><i Id='A' Value='1' Unit=''/><i Id='B'>");
+        QCOMPARE(refusal("bare", "third.csv", false), QString());
+        QVERIFY(summary.remarks.first().startsWith(u"the sidecar is broken in line 1 ("_s));
+        const Sidecar third = readSidecar(folder.path(u"third.ldx"_s));
+        QCOMPARE(third.sessionWord.value_or(QString()), u"Test"_s);
+        QVERIFY(third.items.size() == 2 && third.items[0].unit && !third.items[1].unit);
     }
 };
 
