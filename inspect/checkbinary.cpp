@@ -157,7 +157,7 @@ private:
                                 .arg(verb, kind.key(), listOf(*kind));
             finding.read = hasNoRate
                                ? QStringLiteral("The import skips channels without a sample rate.")
-                               : QStringLiteral("The import skips these: it reads only 16-bit and 32-bit integers.");
+                               : QStringLiteral("The import reads only 16-bit and 32-bit integers.");
             finding.remedy =
                 hasNoRate ? QStringLiteral("Nothing can be done: without a rate, the times of the samples are unknown.")
                           : QStringLiteral("Run \"orva-host rewrite\" on the log: it also reads floating point.");
@@ -244,7 +244,7 @@ private:
                                                         : QStringLiteral("%1 channels claim").arg(unread.size()))
                                 .arg(log.fileBytes())
                                 .arg(listOf(unread));
-            finding.read = QStringLiteral("The import leaves them out.");
+            finding.read = QStringLiteral("The import leaves out what it cannot believe.");
             finding.remedy = QStringLiteral("Copy the log from the logger again; it is damaged or cut off.");
         }
         if (!cutOff.isEmpty()) {

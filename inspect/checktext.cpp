@@ -266,7 +266,7 @@ private:
             const QString withComma = QString(comparison.quotedPoint.text).replace(u'.', u',');
             finding.found = QStringLiteral("%1 is in quotes with a decimal point. %2")
                                 .arg(quoted(comparison.quotedPoint.text), spread(finding, QStringLiteral("such")));
-            finding.read = QStringLiteral("They are read as 0: a number in quotes needs a decimal comma, as in %1.")
+            finding.read = QStringLiteral("Each is read as 0: a number in quotes needs a decimal comma, as in %1.")
                                .arg(quoted(withComma));
             finding.remedy =
                 QStringLiteral("Export with decimal commas, or without quotes, or run \"orva-host rewrite\" on the "
@@ -287,13 +287,13 @@ private:
             Finding &finding = addTally(FindingCode::NotANumber, comparison.notNumber);
             finding.found = QStringLiteral("%1 is not a number to the import. %2")
                                 .arg(quoted(comparison.notNumber.text), spread(finding, QStringLiteral("such")));
-            finding.read = QStringLiteral("They are read as 0.");
+            finding.read = QStringLiteral("Each is read as 0.");
             finding.remedy = QStringLiteral("Leave texts out of the export, or give them as numbers.");
         }
         if (comparison.empty.cells > 0) {
             Finding &finding = addTally(FindingCode::EmptyCells, comparison.empty);
             finding.found = spread(finding, QStringLiteral("empty"));
-            finding.read = QStringLiteral("They are read as 0, not as missing.");
+            finding.read = QStringLiteral("Each is read as 0, not as missing.");
             finding.remedy =
                 QStringLiteral("Do not rely on a 0 in these columns, or export them at the rate of the rows.");
         }

@@ -76,7 +76,7 @@ void FindingList::addConstantChannels(const Laps &laps, const QStringList &excep
                         .arg(finding.count == 1 ? QStringLiteral("1 channel is")
                                                 : QStringLiteral("%1 channels are").arg(finding.count),
                              listOf(finding.channels));
-    finding.read = QStringLiteral("They are read like any other channel.");
+    finding.read = QStringLiteral("The import treats zeros like any other value.");
     finding.remedy = QStringLiteral("Check that the sensor was connected, or leave the channel out of the export.");
 }
 
@@ -111,7 +111,7 @@ void FindingList::addSidecar(const QString &path, const Sidecar &sidecar)
                 .arg(quoted(path),
                      numbers.size() == 1 ? QStringLiteral("1 holds") : QStringLiteral("%1 hold").arg(numbers.size()),
                      listOf(numbers));
-        finding.read = QStringLiteral("They are kept as texts, since a \"Unit\" is what makes a value a number.");
+        finding.read = QStringLiteral("The import keeps texts, since a \"Unit\" is what makes a value a number.");
         finding.remedy =
             QStringLiteral("Add Unit=\"\" to the items that should be numbers, if you want to calculate with them.");
     }

@@ -37,7 +37,7 @@ public:
 private:
     bool endWith(const QString &error)
     {
-        sidecar.error = error;
+        sidecar.error = error.endsWith(u'.') ? error.chopped(1) : error; // for use in a sentence
         sidecar.errorLine = xml.lineNumber();
         return false;
     }

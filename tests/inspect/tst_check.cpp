@@ -32,7 +32,7 @@ QStringList outline(const CheckResult &result)
             line += u" x%1"_s.arg(finding.count);
         lines.append(line);
         for (const QString &text : {finding.found, finding.read, finding.remedy}) {
-            if (!text.endsWith(u'.') || text.contains(u'%') != text.contains(u" % "_s))
+            if (!text.endsWith(u'.') || text.contains(u".."_s) || text.contains(u'%') != text.contains(u" % "_s))
                 lines.append(u"not a sentence: "_s + text);
         }
     }
