@@ -150,6 +150,31 @@ private Q_SLOTS:
         files.write(u"torn.ld"_s, torn);
         LdWriter::put(torn, records + 3 * 124 + 4, LdInteger<quint32>(records));
         files.write(u"round.ld"_s, torn);
+        // Laps of five rows, one second of lap time per row and @p step: an out lap, two laps and a rest.
+        const auto laps = [](int step, const char *speedUnit, int firstNumber, const char *driver) {
+            QByteArray text = "Driver," + QByteArray(driver) +
+                              "\nVenue,Hill\n\nTime,Lap Dist Pct,Lap Number,Lap Last Lap Time,"
+                              "Ground Speed,Gear,Lap Distance,Pos X,Pos Y\ns,%,,s," +
+                              speedUnit + ",,km,m,m\n\n";
+            int time = 0;
+            for (int row = 0; row < 18; ++row) {
+                const int lap = row / 5;
+                const int part = row % 5;
+                const int last[]{0, 5 * step, 5 * step, 5 * (step + 1)};
+                for (const int cell : {time, 20 * part, firstNumber > 0 ? firstNumber + lap : 0, last[lap], 36 * part,
+                                       1 + part, part, 10 * part, part * part})
+                    text += QByteArray::number(cell) + ',';
+                text.back() = '\n';
+                time += lap == 2 ? step + 1 : step;
+            }
+            return text;
+        };
+        files.write(u"anna.csv"_s, laps(20, "km/h", 4, "Anna"));
+        files.write(u"cara.csv"_s, laps(20, "psi", 0, ""));
+        files.write(u"ben.csv"_s, laps(19, "m/s", 0, "<Ben>"));
+        files.write(u"ben.ldx"_s, "<x><i Id='Wing' Value='3' Unit='deg'/><i Id='Same' Value='1'/></x>");
+        files.write(u"anna.ldx"_s,
+                    "<x><i Id='Wing' Value='4' Unit='deg'/><i Id='Same' Value='1'/><i Id='Own' Value='x'/></x>");
         files.write(u"binary.ldx"_s, "<x><i Id='Wing' Value='P4'/></x>");
         QCOMPARE(link(QFile::encodeName(files.path(u"log.csv"_s)), QFile::encodeName(files.path(u"linked"_s))), 0);
         files.write(u"single.csv"_s, "\nLap Dist Pct\n%\n\n1\n2\n");
@@ -178,12 +203,32 @@ private Q_SLOTS:
         row("lap is negative", "--lap=-1 @log.csv", 2, "--lap is \"-1\"");
         row("lap given twice", "--lap 1 --lap 2 @log.csv", 2, "--lap is given more than once");
         row("flag with a value", "--json=3 @log.csv", 2, "--json takes no value");
+        row("lap is beyond any", "--lap 99999999999999999999 @log.csv", 2, "--lap is \"99999999999999999999\"");
+        row("quote within a name", "values -c a\"b,c @log.csv", 1, "no channel \"a\"b\" in lap 1");
+        row("mark that is no number", "rewrite -o @x --laps-at 1,x @log.csv", 2,
+            "--laps-at is \"1,x\", expected seconds");
+        row("mark without end", "rewrite -o @x --laps-at 1,inf @log.csv", 2, "expected seconds such as");
+        row("marks that fall", "rewrite -o @x --laps-at 1,1 @log.csv", 2,
+            "--laps-at is \"1,1\", expected rising seconds");
+        row("map of no channel", "rewrite -o @x --map Lap=Lap @log.csv", 2,
+            "expected NAME=CHANNEL, where NAME is one of");
+        row("map without a sign", "rewrite -o @x --map LapNumber @log.csv", 2,
+            "--map is \"LapNumber\", expected NAME=");
+        row("map to nothing", "rewrite -o @x --map LapNumber= @log.csv", 2, "expected the name of a channel after");
+        row("scale of 0", "rewrite -o @x --map LapDistPct=Speed*0 @log.csv", 2, "expected a scale above 0");
+        row("map to an asterisk", "rewrite -o @x --map LapNumber=*2 @binary.csv", 1,
+            "no channel \"*2\" for \"Lap Number\"");
         row("open quote", "values -c speed,\"rpm @log.csv", 2, "unterminated double quote in --channels 'speed,\"rpm'");
         row("page without a name", "report @log.csv", 2, "--output is required");
         row("page is there", "report -o @nothing @log.csv", 1, "nothing: already there; --force overwrites it");
         row("page is the log", "report --force -o @log.csv @nosetup.csv @log.csv", 1, "log.csv: a log or its sidecar");
         row("page is the sidecar", "report --force -o @log.ldx @log.csv", 1, "log.ldx: a log or its sidecar");
         row("page is a hard link of the log", "report --force -o @linked @log.csv", 1, "linked: a log or its sidecar");
+        row("page of no such channel", "report --force -o @page --traces rpm @log.csv", 1,
+            "no channel \"rpm\" in any lap");
+        row("page is a folder", "report --force -o @ @log.csv", 1, "a folder, expected the name of a file to write");
+        row("page is a pipe", "report --force -o @pipe @log.csv", 1, "pipe: not a regular file");
+        row("page in no folder", "report -o @no/page @log.csv", 1, "no/page: cannot be written (");
         row("page of no such lap", "report --force -o @page --laps 1,3 @log.csv", 1, "no lap with index 3");
         row("missing file", "@gone.csv", 1, "gone.csv: no such file\n");
         row("directory", "@", 1, ": a folder, expected a log file");
@@ -209,6 +254,9 @@ private Q_SLOTS:
         row("channel in another case", "values --channels Speed @log.csv", 1, "did you mean \"speed\"?");
         row("unknown channel for JSON", "values --json --channels rpm @log.csv", 1, "no channel \"rpm\" in any lap");
 
+        files.write(u"it's.csv"_s, "\nspeed\nkm/h\n\n1\n2\n");
+        row("hint for a shell", "@it's.csv", 0,
+            "see orva-host check '" + files.path(u"it'\\''s.csv"_s).toUtf8() + "'\n");
         auto fileOf = [this, count = 0](const QByteArray &content) mutable {
             const QString name = QString::number(++count);
             files.write(name, content);
@@ -358,6 +406,54 @@ private Q_SLOTS:
         QCOMPARE(result.out.indexOf('\n'), result.out.size() - 1);
         for (const QByteArray &fragment : fragments)
             QVERIFY2(result.out.contains(fragment), fragment + " is not in " + result.out);
+    }
+
+    // What pages hold: a browser shows them in a test of its own.
+    void pages_data()
+    {
+        const Table<QByteArray, QList<QByteArray>> row("command", "fragments");
+        row("one log", "@anna.csv",
+            {"<h1>Hill · Anna</h1>",
+             R"(value="0"> Lap 0</label></td><td class="number">1:40.000</td><td class="number"></td><td>out lap<)",
+             R"(<tr data-ms="100000" class="best"><td><label><input type="checkbox" value="1" checked> Lap 5<)",
+             R"(value="2" checked> Lap 6</label></td><td class="number">1:45.000</td><td class="number">+5.000</td><td><)",
+             R"(<tr><td><label><input type="checkbox" value="3"> Lap 7</label></td><td class="number">-</td>)",
+             "<td>unfinished<", "<small>Lap 5</small>", "viewBox=\"-30 -30 1060 460\"", "d=\"M0 400L1 400",
+             R"("length":5000.0,"digits":0},"points":1000,)", "Lap length: 5000 m, by the log's distance channel.",
+             R"("name":"Speed","unit":"km/h","source":"groundspeed","digits":1,"shownDigits":1,)",
+             R"("source":"compared with Lap 5; above zero is later","digits":4,"shownDigits":3,)"});
+        row("two logs", "@anna.csv @ben.csv",
+            {"<h1>Hill · Anna, &lt;Ben&gt;</h1>", "<b>B</b>&lt;Ben&gt;<",
+             "At first the fastest lap of each log is shown.",
+             R"(value="1" checked> A 5</label></td><td class="number">1:40.000</td><td class="number">+5.000<)",
+             R"(value="2"> A 6<)", R"(class="best"><td><label><input type="checkbox" value="5" checked> B 1<)",
+             R"("name":"A 5","best":false,"finished":true,"fastest":true,"values":[[0,0,0,1,)",
+             R"("name":"B 1","best":true,"finished":true,"fastest":true,"values":[[0,1,0,1,)", // metres per second
+             "<tr class=\"differs\"><td>Wing<", "<tr><td>Same<", "<tr><td>Own<"});
+        row("some laps and traces", "--laps 0,3 --traces gear,lapdistance,gear @ben.csv",
+            {R"(class="best"><td><label><input type="checkbox" value="0" checked> Lap 0<)",
+             R"(value="1" checked> Lap 3<)",
+             R"("traces":[{"name":"gear","unit":"","source":"","digits":0,"shownDigits":0,"stepped":true,)",
+             R"(},{"name":"lapdistance","unit":"km","source":"","digits":2,"shownDigits":2,"stepped":false,"signed":false}])"});
+        row("units that do not fit", "@anna.csv @cara.csv",
+            {"Speed is in km/h in one lap and in psi in another; the numbers are shown as they are."});
+        row("clock against lap times", "@anna.csv @log.csv",
+            {"B 1 has no time difference: its clock and its lap time"});
+        row("nothing to show", "@single.csv",
+            {"<h1>single.csv</h1>", R"("unit":"%","length":100.0,"digits":1})",
+             "None of the usual channels is in the log"});
+    }
+    void pages()
+    {
+        QFETCH(QByteArray, command);
+        QFETCH(QList<QByteArray>, fragments);
+        const Result result = runHost("report --force -q -o @page.html " + command);
+        QCOMPARE(result.status, 0);
+        QFile page(files.path(u"page.html"_s));
+        QVERIFY(page.open(QIODevice::ReadOnly));
+        const QByteArray html = page.readAll();
+        for (const QByteArray &fragment : fragments)
+            QVERIFY2(html.contains(fragment), fragment + " is not in the page");
     }
 
     void severalLogs()
