@@ -202,6 +202,14 @@ private Q_SLOTS:
         row("archive", "PK\3\4......race.csv", u"ZIP"_s);
         row("compressed", "\x1F\x8B", u"gzip"_s);
         row("document", "%PDF-1.7", u"PDF"_s);
+        row("spreadsheet by its parts", "PK\3\4......xl/workbook.xml", u".xlsx"_s);
+        row("open spreadsheet", "PK\3\4mimetypeapplication/vnd.oasis.opendocument.spreadsheet", u".ods"_s);
+        row("sidecar", "<?xml version='1.0'?>\n<LDXFile>", u"sidecar"_s);
+        row("web page after a mark", "\xEF\xBB\xBF\n<!doctype HTML>", u"web page"_s);
+        row("XML", "<a></a>", u"XML"_s);
+        row("JSON", "[{\"a\":1}]", u"JSON"_s);
+        row("tabs", "a\tb\tc\n1\t2\t3\n1\t2\t3\n1\t2\t3\n1\t2\t3\n", u"with tabs"_s);
+        row("as many commas", QByteArray("a;b,c\n").repeated(9), u"unknown kind"_s);
         row("data", "\1\2\3", u"unknown kind"_s);
     }
     void otherFiles()

@@ -138,6 +138,9 @@ private Q_SLOTS:
         row("clock against lap time", {0.0, 0.25, 0.5, 0.75, 1.0}, 9000, true, {no, no, no, no, no});
         row("no lap time", {0.0, 0.25, 0.5, 0.75, 1.0}, 0, true, {0, 1, 2, 3, 4});
         row("counter late at both ends", {0.97, 0.98, 0.0, 0.25, 0.5, 0.75, 1.0, 0.01}, 4000, true, {0, 1, 2, 3, 4});
+        row("waits at the line", {0.0, 0.0, 0.25, 0.5, 0.75, 1.0}, 4000, true, {0, 1, 2, 3, 4});
+        row("ends early", {0.0, 0.125, 0.25, 0.5}, 4000, true, {0, 2, 3, no, no});
+        row("not completed, with a lap time", {0.0, 0.25, 0.5, 0.75, 1.0}, 4200, false, {0, 1, 2, 3, 4});
         row("stops, and goes back", {0.0, 0.25, 0.25, 0.2, 0.5, 0.75, 1.0}, 6000, true, {0, 1, 4, 5, 6});
     }
     void times()
@@ -208,10 +211,43 @@ private Q_SLOTS:
         add(lap, u"lapdistpct"_s, {0, 0.125, 0.25, 0.375, 0.5}, u"pu"_s);
         QCOMPARE(commonAxis(laps), LapAxis::LapDistance);
         QCOMPARE(axisLength(laps[0], LapAxis::LapDistance), 8000.0);
+        Lap single;
+        add(single, u"speed"_s, {1});
+        Lap bare;
+        add(bare, u"distance"_s, {1, 2, 3}, u"m"_s);
+        QCOMPARE(commonAxis(std::vector<TimedLap>{laps[0], {&single, {}, true}}), LapAxis::LapDistance);
+        QCOMPARE(commonAxis(std::vector<TimedLap>{laps[0], {&bare, {}, true}}), LapAxis::Distance);
+        // A completed lap has its own length, which ends where the next sample would be.
+        QCOMPARE(courseOf({&bare, {}, true}, LapAxis::Distance, 8.0)->points.back().place, 2.0 / 3.0);
+        QCOMPARE(courseOf({&bare, {}, false}, LapAxis::Distance, 8.0)->points.back().place, 0.25);
+        QCOMPARE(courseOf({&bare, {}, false}, LapAxis::Distance, 0.0)->points.back().place, 1.0);
+        QCOMPARE(courseOf({&bare, {}, false}, LapAxis::Distance, 0.0)->widestStep, 2.5); // five samples
+        QVERIFY(!courseOf(laps[0], LapAxis::Time, 0.0)->hasTimes);
         lap.removeRecordedChannel(u"distance"_s);
-        QCOMPARE(axisLength(laps[0], LapAxis::LapDistance), 4 * 60.0 * 10.0 / 0.5);
+        add(lap, u"speed"_s, {0, 36, 72, 108, 144}, u"KM/H"_s);
+        QCOMPARE(axisLength(laps[0], LapAxis::LapDistance), (5.0 + 15.0 + 25.0 + 35.0) * 60.0 / 0.5);
         add(lap, u"speed"_s, {36, 36}, u"km/h"_s); // shorter than its lap, as other plug-ins may have it
         QCOMPARE(axisLength(laps[0], LapAxis::LapDistance), 0.0);
+    }
+
+    // A clock that cannot be one: sixty samples per second are taken instead.
+    void clocks_data()
+    {
+        const Table<std::vector<double>, double> row("clock", "length");
+        const double counted = 4 / 60.0;
+        row("even", {1, 2, 3, 4}, 4.0);
+        row("goes back", {4, 3, 5, 6}, counted);
+        row("stands still", {3, 3, 3, 3}, counted);
+        row("invalid", {1, KOV::SDK::invalidValue, 3, 4}, counted);
+    }
+    void clocks()
+    {
+        QFETCH(std::vector<double>, clock);
+        Lap lap;
+        add(lap, u"speed"_s, {1, 1, 1, 1});
+        add(lap, u"time"_s, clock, u"s"_s);
+        const double length = axisLength({&lap, {}, true}, LapAxis::Time);
+        QTEST(length, "length");
     }
 
     void names()
@@ -236,12 +272,12 @@ private Q_SLOTS:
         Lap lap;
         add(lap, u"lapdistpct"_s, {0, 0.25, 0.5, 0.75, 1}, u"pu"_s);
         QVERIFY(!findPositions(lap));
-        add(lap, u"gps latitude"_s, {0, 60.0, 60.001, 60.001, 60.0}, u"deg"_s);
+        add(lap, u"gps latitude"_s, {0, 60.0, 60.001, 60.001, 91.0}, u"deg"_s);
         add(lap, u"gps longitude"_s, {0, 10.0, 10.0, 10.002, 10.002}, u"deg"_s);
         auto course = courseOf({&lap, {}, true}, LapAxis::LapDistance, 0.0);
         course->widestStep = 1.0;
         auto points = trackOnGrid(*course, findPositions(lap).value(), 5);
-        QVERIFY(std::isnan(points[0].east)); // no fix yet
+        QVERIFY(std::isnan(points[0].east) && std::isnan(points[4].east)); // no fix yet, and no more
         QVERIFY(std::abs(points[2].north - points[1].north - 111.2) < 0.1);
         QVERIFY(std::abs(points[3].east - points[2].east - 111.2) < 0.1); // half as long at 60 degrees
         // Y is the height here.
@@ -251,6 +287,12 @@ private Q_SLOTS:
         points = trackOnGrid(*course, findPositions(lap).value(), 5);
         QCOMPARE(points[3].east, 30.0);
         QCOMPARE(points[3].north, 30.0);
+        // And here there is none.
+        add(lap, u"Pos X"_s, {0, 1, 2, 3, 4}, u"m"_s);
+        add(lap, u"Pos Y"_s, {0, 2, 4, 6, 8}, u"m"_s);
+        points = trackOnGrid(*course, findPositions(lap).value(), 5);
+        QCOMPARE(points[3].east, 3.0);
+        QCOMPARE(points[3].north, 6.0);
     }
 };
 

@@ -59,6 +59,11 @@ private Q_SLOTS:
         row("no empty line", "K,V,\nT,N,M\ns,m,\n1,2,3\n", u"K=V ;|T [s];N [m];M [];|4!: 1  2  3 "_s);
         row("beacons without quotes", "Beacon Markers,77.784, 155.730,,Range,Lap 7\n\nT\n",
             u"Beacon Markers=77.784,  155.730 ;Range=Lap 7 ;|T [];"_s);
+        row("beacons up to where the second key would be", "Beacon Markers,1,2,3,4,5\n\nT\n",
+            u"Beacon Markers=1, 2, 3, 4, 5 ;|T [];"_s);
+        row("lines of quotes", "K,V\n\nT,N\n,\n\n\"\"\"\"\n\"\"\"\n1,2\n", u"K=V ;|T [];N [];|7:<\">|8: 1  2 "_s);
+        row("titles without units", "K,V,W\nT,N\n1,2\n", u"K=V W;|T [];N [];|3!: 1  2 "_s);
+        row("rows alone", "1,2\n3,4\n", u"|1 [];2 [];|2!: 3  4 "_s);
         row("Latin-1", "Unit,\xB0\n\nT\n", u"Unit=° ;|T [];"_s);
         row("mark of UTF-8", "\xEF\xBB\xBFK,°\n\nT\n", u"K=° ;|T [];"_s);
         row("no ending", "K,V\n\nT\ns\n\n1", u"K=V ;|T [s];|6: 1 "_s);
@@ -107,6 +112,11 @@ private Q_SLOTS:
         row("too large", "1e999", qInf());
         row("too small", "1e-999", 0.0);
         row("both signs", "1,234.5", -1.0);
+        row("too large below zero", "-1e999", -qInf());
+        row("too small in capitals", "1E-999", 0.0);
+        row("too long", "0." + QByteArray(63, '1'), -1.0);
+        row("plus and minus", "+-5", -1.0);
+        row("other blanks", "\v5\r", 5.0);
         row("two commas", "1,2,3", -1.0);
         row("text", "12:30", -1.0);
         row("empty", " ", -1.0);
@@ -124,6 +134,7 @@ private Q_SLOTS:
         row("commas", u"77.784, 155.730"_s, {77.784, 155.730});
         row("decimal commas", u"77,784, 155,730"_s, {77.784, 155.730});
         row("zero", u"00.000     "_s, {0.0});
+        row("semicolons, and a word", u"1;2.5 x 3"_s, {1.0, 2.5});
         row("blank", u"     "_s, {});
     }
     void numberLists()
@@ -207,6 +218,19 @@ private Q_SLOTS:
         QCOMPARE(sidecar.items.size(), 2);
         QVERIFY(!sidecar.items[0].unit && sidecar.items[1].unit);
         QVERIFY(!readSidecar(files.path(u"none.ldx"_s)).exists);
+        // Beacons by any of their names, the first word for the session, and no group without a time.
+        for (const char *group : {"Type='BCN'", "Name='x' Type='Lap Beacons'", "Name='BEACON'"}) {
+            const Sidecar named = readSidecar(
+                files.write(u"named.ldx"_s, "<L><MarkerGroup Name='Beacons'/><MarkerGroup " + QByteArray(group) +
+                                                "><Marker Time='1e6'/></MarkerGroup><i Id='Event' Value='Race'/>"
+                                                "<i Id='Event' Value='Test'/></L>"));
+            QCOMPARE(named.beacons(), std::vector<double>{1.0});
+            QCOMPARE(named.sessionWord.value_or(QString()), u"Race"_s);
+        }
+        QCOMPARE(readSidecar(files.write(u"classed.ldx"_s, "<L><MarkerGroup><Marker ClassName='BCN' Time='2e6'/>"
+                                                           "</MarkerGroup></L>"))
+                     .beacons(),
+                 std::vector<double>{2.0});
     }
 
     // A damaged or oversized sidecar gives the items that the import has from it, and a reason unless these are all.
