@@ -98,14 +98,6 @@ const Column lastTime{u"Last Lap Time/s"_s, [](double time) {
                       }};
 const Column position{u"Car Pos Norm"_s, lapShare};
 
-std::vector<qint16> run(qint16 count)
-{
-    std::vector<qint16> numbers;
-    while (std::ssize(numbers) < count)
-        numbers.push_back(qint16(numbers.size()));
-    return numbers;
-}
-
 QByteArray sidecarOf(const QByteArray &marks)
 {
     QByteArray text = "<LDXFile><Layers><Layer><MarkerBlock><MarkerGroup Name=\"Beacons\">";
@@ -151,6 +143,26 @@ private:
         options.mayOverwrite = true;
         summary = rewriteLog(options, isBinary);
         return options.targetPath;
+    }
+
+    // The last file, @p content, as the transcript has it.
+    QByteArray becomes(QByteArray content) const
+    {
+        const QByteArray remarks =
+            summary.remarks.isEmpty() ? QByteArray() : summary.remarks.join(u'\n').toUtf8() + '\n';
+        return "-- becomes\n" + content.replace("\r\n", "\n") + "-- remarks\n" + remarks;
+    }
+
+    // Its entries, each from its name on.
+    static QList<QByteArray> transcript()
+    {
+        QFile file(QStringLiteral(REWRITES));
+        QList<QByteArray> entries;
+        if (file.open(QIODevice::ReadOnly)) {
+            for (const QString &entry : QString::fromUtf8("\n" + file.readAll()).split(u"\n== "_s).sliced(1))
+                entries.append(entry.toUtf8() + (entry.endsWith(u'\n') ? "" : "\n"));
+        }
+        return entries;
     }
 
 private Q_SLOTS:
@@ -371,154 +383,65 @@ private Q_SLOTS:
         QCOMPARE(summary.remarks.size(), 4); // the odd record, the second speed, the short channel, the NaN
     }
 
-    // Whole files: what they become, and what is said of it.
+    // Whole files: what they become, and what is said of it (rewrites.txt).
     void wholeFiles_data()
     {
-        const Table<QByteArray, QByteArray, QString> row("content", "expected", "remarks");
-        const QByteArray header = "Sample Rate,60\n\n";
-        row("cells",
-            "\"Venue\",\"Hill, \"\"Old\"\" Road\"\n\"Sample Rate\",\"60,000\",\"Hz\"\n\n"
-            "\"Time\",\"a,b\",\"time\",,\"Flag\",\"x\"\n\"s\",\"m\",\"min\",,\"\",\"\"\n\n"
-            "\"0,000\",\"-0,50\",\"1.50\",7,\"ON\",\"nan\"\n"
-            "\"0,017\",\"1e5\",\"+3\",,\" 7 \",\"1e400\"\n\"0,0",
-            "Venue,Hill; 'Old' Road\nSample Rate,60.000,Hz\n\nTime,a;b,time 2,Column "
-            "4,Flag,x\ns,m,min,,,\n\n0.000,-0.50,1.50,7,,\n0.017,100000,3,,7,\n",
-            u"the last row breaks off and is left out; the import keeps only one of several channels with the same name; renamed: \"time 2\" (min); titles that were empty, or held commas, quotes or control characters, which this format cannot carry, are now: \"a;b\", \"Column 4\"; characters in header texts that this format cannot carry are replaced: commas by semicolons, quotes by apostrophes, others by blanks; 2 cells with NaN or an infinity in the source: now empty, which the import reads as 0; 1 cell without a number in the source: now empty, which the import reads as 0; 1 cell empty as in the source, which the import reads as 0"_s);
-        row("numbers", header + "Time,A,B\ns,,\n\n0,1.2.3,0.0000001\n0.017,12345678901234567890.5,-1e20\n,,\n",
-            "Sample Rate,60.000\n\nTime,A,B\ns,,\n\n0,,0.0000001\n0.017,12345678901234567890.5,-1e+20\n0.033333,,\n",
-            u"1 cell without a number in the source: now empty, which the import reads as 0; 2 cells empty as in the source, which the import reads as 0"_s);
-        row("names",
-            header + "Time,A,a,A-,\xE2\x80\xA8"
-                     "B,\ns,,m,,,\n\n0,1,2,3,4,\n0.017,1,2,3,4,,5\n",
-            "Sample Rate,60.000\n\nTime,A,a 2,A- 3, B\ns,,m,,\n\n0,1,2,3,4\n0.017,1,2,3,4\n",
-            u"the import keeps only one of several channels with the same name; renamed: \"a 2\" (m), \"A- 3\" (no unit); titles that were empty, or held commas, quotes or control characters, which this format cannot carry, are now: \" B\"; some rows have more cells than there are titles; those cells are left out"_s);
-        row("header rows",
-            "\"Venue\",\"X\",,,\"Start Time\",\"0,5\",\"s\"\nBeacon Markers,77.784, "
-            "155.730\n\nTime,A\ns,\n\n0,1\n0.01667,2\n",
-            "Venue,X,,,Start Time,0.5,s\nBeacon Markers,77.784   155.730\nSample "
-            "Rate,60.000,Hz\n\nTime,A\ns,\n\n0,1\n0.01667,2\n",
-            u"not used, as they lie outside the rows, which last from 0.000 to 0.017 s: 2 of the 2 marks of the header row \"Beacon Markers\""_s);
-        row("a gap, and times that are not there",
-            "Sample Rate,30\n\nTime,A\ns,\n\n0,0\n0.033,3\n,6\n0.1,9\n5,20\n5.033,23\n,24\n",
-            "Sample "
-            "Rate,60.000\n\nTime,A\ns,\n\n0,0\n0.0165,1.5\n0.033333,3\n0.05,4.5\n0.066667,6\n0.083333,7.5\n0.1,9\n5,"
-            "20\n5.0165,21.5\n5.033333,23\n5.05,23.5\n5.066667,24\n",
-            u"\"Time\" jumps ahead at 1 place; nothing is put in between"_s);
-        row("between rows",
-            "Sample Rate,20\n\nTime,A,B,C,D\ns,,,,\n\n0,-1,0.50,nan,-0.0001\n0.05,-4,0.50,1,0\n0.1,-4.5,1e18,2,-0.2\n",
-            "Sample "
-            "Rate,60.000\n\nTime,A,B,C,D\ns,,,,\n\n0,-1,0.50,,-0.0001\n0.01667,-2,0.50,,-0.0000667\n0.03333,-3,0.50,,-"
-            "0.0000333\n0.05,-4,0.50,1,0\n0.06667,-4.1667,3.3333333333333325e+17,1.333,-0.0667\n0.08333,-4.3333,6."
-            "666666666666665e+17,1.667,-0.1333\n0.1,-4.5,1e+18,2,-0.2\n",
-            u"3 cells with NaN or an infinity in the source: now empty, which the import reads as 0"_s);
-        row("a mark after the last row",
-            header.chopped(1) + "Beacon Markers,0.045\n\nTime,Lap Distance\nmin,m\n\n0,20\n0.000278,30\n0.000556,40\n",
-            "Sample Rate,60.000\nBeacon Markers,0.045\n\nLap Dist Pct,Lap Number,Lap Current Lap Time,Lap Last Lap "
-            "Time,Time,Lap "
-            "Distance\n%,,s,s,min,m\n\n0,0,0.000001,0,0,20\n50,0,0.017,0,0.000278,30\n100,0,0.033,0,0.000556,40\n0,1,0."
-            "000001,0.045,0.00075,40\n",
-            u"the last lap ends after the last row: a row at 0.045 s with the last values is added, as the import takes a lap's time from the rows after it"_s);
-        row("time goes back", header + "Time,A\ns,\n\n0,1\n0.017,2\n0,3\n",
-            "Sample Rate,60.000\n\nTime,Time 2,A\ns,s,\n\n0,0,1\n0.016667,0.017,2\n0.033333,0,3\n",
-            u"\"Time\" goes back; rows are timed by \"Sample Rate\" instead; the import keeps only one of several channels with the same name; renamed: \"Time 2\" (s)"_s);
-        row("time stands still", header + "Time,A\ns,\n\n7,1\n7,2\n7,3\n",
-            "Sample Rate,60.000\n\nTime,Time 2,A\ns,s,\n\n0,7,1\n0.016667,7,2\n0.033333,7,3\n",
-            u"the import keeps only one of several channels with the same name; renamed: \"Time 2\" (s)"_s);
-        row("time against the rate", "Sample Rate,50\n\nTime,A\ns,\n\n0,1\n0.01667,2\n0.03333,3\n0.05,4\n",
-            "Sample Rate,60.000\n\nTime,A\ns,\n\n0,1\n0.01667,2\n0.03333,3\n0.05,4\n",
-            u"\"Sample Rate\" is 50, but \"Time\" rises by 0.01667 s per row; the time is used"_s);
-        row("not quite the rate", "Sample Rate,59.8\n\nTime,A\ns,\n\n0,1\n0.017,2\n0.034,3\n",
-            "Sample Rate,60.000\n\nTime,A\ns,\n\n0,1\n0.017,2\n0.034,3\n", {});
-        row("position with a hole",
-            "Sample Rate,30\n\nTime,Lap Dist Pct,Lap "
-            "Number\ns,%,\n\n0,50,1\n0.033,,1\n0.067,98,1\n0.1,2,2\n0.133,4,2\n",
-            "Sample Rate,60.000\nBeacon Markers,0.083333\n\nLap Dist Pct,Lap Number,Lap Current Lap Time,Lap Last Lap "
-            "Time,Time\n%,,s,s,s\n\n50,1,0.000001,0,0\n50,1,0.017,0,0.0165\n50,1,0.033,0,0.033\n50,1,0.05,0,0.05\n98,1,"
-            "0.067,0,0.067\n98,1,0.083,0,0.0835\n2,2,0.017,0.083333,0.1\n3,2,0.033,0.083333,0.1165\n4,2,0.05,0.083333,"
-            "0.133\n",
-            {});
+        const Table<QByteArray, QByteArray> row("content", "expected");
+        for (const QByteArray &entry : transcript()) {
+            const qsizetype begin = entry.indexOf('\n') + 1;
+            const qsizetype end = entry.indexOf("\n-- becomes\n");
+            if (!entry.startsWith("log: "))
+                row(entry.first(begin - 1), entry.sliced(begin, end - begin), entry.sliced(end + 1));
+        }
     }
     void wholeFiles()
     {
         QFETCH(QByteArray, content);
         QFile file(rewritten(content));
         QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray result = file.readAll().replace("\r\n", "\n");
-        const QString remarks = summary.remarks.join(u"; "_s);
-        QTEST(result, "expected");
-        QTEST(remarks, "remarks");
+        QFETCH(QByteArray, expected);
+        const QByteArray result = becomes(file.readAll());
+        QVERIFY2(result == expected, result);
     }
 
     // The same of .ld logs: what follows after the header.
     void wholeLogs_data()
     {
-        const Table<std::vector<LdWriter::Channel>, QByteArray, std::vector<double>, QByteArray, QString> row(
-            "channels", "sidecarMarks", "lapsAt", "expected", "remarks");
+        const Table<std::vector<LdWriter::Channel>, QByteArray, std::vector<double>> row("channels", "sidecarMarks",
+                                                                                         "lapsAt");
         const auto none = std::numeric_limits<float>::quiet_NaN();
         row("position at another rate",
-            {channel("Car Pos Norm", {50, 98, 2}, {}, 30, 2), channel("Rpm", {1, 2, 3, 4, 5, 6, 7})}, {}, {},
-            "Beacon Markers,0.05\n\nLap Dist Pct,Lap Number,Lap Current Lap Time,Lap Last Lap Time,Time,Car Pos "
-            "Norm,Rpm\n%,,s,s,s,,\n\n50,0,0.000001,0,0,0.5,1\n74,0,0.017,0,0.016667,0.74,2\n98,0,0.033,0,0.033333,0.98,"
-            "3\n98,0,0.05,0,0.05,0.5,4\n2,1,0.017,0.05,0.066667,0.02,5\n2,1,0.033,0.05,0.083333,0.02,6\n2,1,0.05,0.05,"
-            "0.1,0.02,7\n",
-            {});
+            {channel("Car Pos Norm", {50, 98, 2}, {}, 30, 2), channel("Rpm", {1, 2, 3, 4, 5, 6, 7})}, {}, {});
         row("position with a hole",
             {singles("Lap Dist Pct", 60, 4, [none](int i) { return i == 1   ? none
                                                                    : i == 3 ? 2.0F
                                                                             : float(97 + i); })},
-            {}, {},
-            "Beacon Markers,0.038889\n\nLap Dist Pct,Lap Number,Lap Current Lap Time,Lap Last Lap "
-            "Time,Time\n%,,s,s,s\n\n97,0,0.000001,0,0\n97,0,0.017,0,0.016667\n99,0,0.033,0,0.033333\n2,1,0.011,0."
-            "038889,0.05\n",
-            {});
-        row("its own time", {channel("B", {1, 2, 3}), channel("TIME", {5017, 5033, 5050}, "s", 60, 3)}, {}, {},
-            "\nB,TIME\n,s\n\n1,5.017\n2,5.033\n3,5.05\n", {});
-        row("time in minutes", {channel("Time", {0, 1, 2}, "min", 60, 2)}, {}, {},
-            "\nTime,Time 2\ns,min\n\n0,0\n0.016667,0.01\n0.033333,0.02\n",
-            u"the import keeps only one of several channels with the same name; renamed: \"Time 2\" (min)"_s);
-        row("time that is short", {channel("Time", {0, 17}, "s", 60, 3), channel("B", {1, 2, 3})}, {}, {},
-            "\nTime,Time 2,B\ns,s,\n\n0,0,1\n0.016667,0.017,2\n0.033333,0.017,3\n",
-            u"the import keeps only one of several channels with the same name; renamed: \"Time 2\" (s)"_s);
-        row("time that jumps", {channel("Time", {0, 17, 93}, "s", 60, 3)}, {}, {},
-            "\nTime,Time 2\ns,s\n\n0,0\n0.016667,0.017\n0.033333,0.093\n",
-            u"the import keeps only one of several channels with the same name; renamed: \"Time 2\" (s)"_s);
-        row("marks of the sidecar", {channel("B", {1, 2, 3})}, "45000", {},
-            "Beacon Markers,0.045\n\nLap Dist Pct,Lap Number,Lap Current Lap Time,Lap Last Lap "
-            "Time,Time,B\n%,,s,s,s,\n\n0,0,0.000001,0,0,1\n37.037,0,0.017,0,0.016667,2\n74.0741,0,0.033,0,0.033333,"
-            "3\n0,1,0.000001,0.045,0.045,3\n",
-            u"the last lap ends after the last row: a row at 0.045 s with the last values is added, as the import takes a lap's time from the rows after it"_s);
-        row("marks of the user", {channel("B", {1, 2, 3})}, "20000", {0.01},
-            "Beacon Markers,0.01\n\nLap Dist Pct,Lap Number,Lap Current Lap Time,Lap Last Lap "
-            "Time,Time,B\n%,,s,s,s,\n\n57.1429,0,0.000001,0,0,1\n28.5714,1,0.007,0.01,0.016667,2\n100,1,0.023,0.01,0."
-            "033333,3\n",
-            {});
-        row("ends",
-            {channel("Long", run(71)), channel("Held", run(11)), channel("Short", run(10)),
-             channel("Gone", {1}, {}, 0)},
-            {}, {}, {},
-            u"records that cannot be read are left out: \"Gone\" (no sample rate); 1 channel ends before the last row, the first at 0.167 s; rows after the end of a channel have no value for it"_s);
+            {}, {});
+        row("its own time", {channel("B", {1, 2, 3}), channel("TIME", {5017, 5033, 5050}, "s", 60, 3)}, {}, {});
+        row("time in minutes", {channel("Time", {0, 1, 2}, "min", 60, 2)}, {}, {});
+        row("time that is short", {channel("Time", {0, 17}, "s", 60, 3), channel("B", {1, 2, 3})}, {}, {});
+        row("time that jumps", {channel("Time", {0, 17, 93}, "s", 60, 3), channel("Gone", {1}, {}, 0)}, {}, {});
+        row("marks of the sidecar", {channel("B", {1, 2, 3})}, "45000", {});
+        row("marks of the user", {channel("B", {1, 2, 3})}, "20000", {0.01});
         row("one number that is none",
-            {singles("F", 60, 3, [none](int i) { return i == 1 ? none : 1e-7F * float(i); })}, {}, {},
-            "\nTime,F\ns,m\n\n0,0\n0.016667,\n0.033333,2e-07\n",
-            u"1 sample is NaN or infinite in the source: now empty, which the import reads as 0"_s);
+            {singles("F", 60, 3, [none](int i) { return i == 1 ? none : 1e-7F * float(i); })}, {}, {});
     }
     void wholeLogs()
     {
         QFETCH(std::vector<LdWriter::Channel>, channels);
         QFETCH(QByteArray, sidecarMarks);
         QFETCH(std::vector<double>, lapsAt);
-        QFETCH(QByteArray, expected);
         RewriteOptions options;
         if (!lapsAt.empty())
             options.lapsAt = lapsAt;
         const QByteArray sidecar = sidecarMarks.isEmpty() ? QByteArray() : sidecarOf(sidecarMarks);
         QFile file(rewritten(LdWriter::log(channels), options, sidecar, true));
         QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray result = file.readAll().replace("\r\n", "\n");
-        const QString remarks = summary.remarks.join(u"; "_s);
-        const QByteArray rows = result.sliced(result.indexOf("60.000,Hz\n") + 10);
-        QVERIFY2(expected.isEmpty() || rows == expected, rows);
-        QTEST(remarks, "remarks");
+        const QByteArray header = "Venue,\r\nVehicle,\r\nDriver,\r\nSession,\r\nSample Rate,60.000,Hz\r\n";
+        const QByteArray content = file.readAll();
+        QVERIFY(content.startsWith(header));
+        const QByteArray result = "log: "_ba + QTest::currentDataTag() + '\n' + becomes(content.sliced(header.size()));
+        QVERIFY2(transcript().contains(result), result);
     }
 
     void refusals_data()
