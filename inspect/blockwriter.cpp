@@ -8,6 +8,7 @@ namespace Inspect {
 namespace {
 
 constexpr std::size_t blockBytes = std::size_t{1} << 20;
+constexpr int handedBlocks = 2; // the one that is written and the next
 
 } // namespace
 
@@ -16,6 +17,13 @@ BlockWriter::BlockWriter(QIODevice &target, qint64 limitBytes)
     , limit(limitBytes)
     , buffer(2 * blockBytes)
 {
+}
+
+BlockWriter::~BlockWriter()
+{
+    filled.close();
+    if (thread.joinable())
+        thread.join();
 }
 
 char *BlockWriter::room(std::size_t count)
@@ -48,23 +56,56 @@ bool BlockWriter::isFull() const
 
 bool BlockWriter::flush()
 {
-    handOver();
+    if (thread.joinable()) { // all blocks are back when all is written
+        std::vector<Block> blocks;
+        while (blocks.size() < handedBlocks)
+            blocks.push_back(*spent.take());
+        for (Block &block : blocks)
+            spent.put(std::move(block));
+    }
+    writeOut(buffer.data(), countToWrite());
     return !isBroken;
 }
 
-void BlockWriter::handOver()
+// The count of the bytes in the buffer, which count as written from now on.
+qint64 BlockWriter::countToWrite()
 {
     auto count = static_cast<qint64>(used);
     if (limit > 0)
         count = std::min(count, limit - writtenBytes);
-    errno = 0;
-    if (!isBroken && device.write(buffer.data(), count) != count) {
-        isBroken = true;
-        // Not every device says what the system said, and closing one forgets it.
-        writeError = errno != 0 ? qt_error_string(errno) : device.errorString();
-    }
     writtenBytes += count;
     used = 0;
+    return count;
+}
+
+void BlockWriter::handOver()
+{
+    if (!thread.joinable()) {
+        for (int i = 0; i < handedBlocks; ++i)
+            spent.put({std::vector<char>(buffer.size()), 0});
+        thread = std::thread([this] {
+            while (auto block = filled.take()) {
+                writeOut(block->bytes.data(), block->count);
+                spent.put(std::move(*block));
+            }
+        });
+    }
+    Block block = *spent.take();
+    block.bytes.swap(buffer);
+    block.count = countToWrite();
+    filled.put(std::move(block));
+}
+
+void BlockWriter::writeOut(const char *bytes, qint64 count)
+{
+    if (isBroken)
+        return;
+    errno = 0;
+    if (device.write(bytes, count) == count)
+        return;
+    // Not every device says what the system said, and closing one forgets it.
+    writeError = errno != 0 ? qt_error_string(errno) : device.errorString();
+    isBroken = true;
 }
 
 } // namespace Inspect

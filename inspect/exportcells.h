@@ -1,47 +1,14 @@
 #pragma once
 
-// Rows of a text export on their way into another one: kept beyond the next row, copied, or interpolated. The rows:
-// textlog.h; where they go: exportwriter.h.
+// Cells of a text export on their way into another one: copied, or interpolated. Where they come from: rowsahead.h;
+// where they go: exportwriter.h.
 
 #include "inspect/exportwriter.h"
-#include "inspect/textlog.h"
+#include "inspect/rowsahead.h"
 
 #include <QtCore/QStringList>
 
-#include <span>
-#include <string>
-#include <vector>
-
 namespace Inspect {
-
-/// The number that a cell holds.
-struct Decimal
-{
-    double value; ///< NaN where it holds none
-    int places;   ///< digits after the decimal sign
-};
-
-struct RowView
-{
-    std::span<const Cell> cells;
-    std::span<const Decimal> numbers; ///< one for each cell, or none at all
-};
-
-/// A row that outlives the reading of the next. Views live until keep() is called.
-class KeptRow
-{
-public:
-    /// Keeps the current row of @p log.
-    void keep(const TextLog &log);
-    RowView view() const { return {cells, numbers}; }
-    /// With the numbers of all cells, which are read once.
-    RowView viewWithNumbers();
-
-private:
-    std::string text;
-    std::vector<Cell> cells;
-    std::vector<Decimal> numbers;
-};
 
 /// Puts cells of a source into a new export.
 class CellWriter

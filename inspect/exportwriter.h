@@ -45,10 +45,17 @@ public:
 
     /// Starts a row. Its cells together must not take more than @p cellBytes, counting cellRoom for each number.
     void beginRow(std::size_t cellCount, std::size_t cellBytes);
-    /// Returns where the text is until endRow(), so that single characters of it can be replaced.
-    char *addText(std::string_view text);
-    /// The number @p magnitude * 10^-decimals, negated if @p isNegative, also where it is 0; all decimals, at most 9,
-    /// are written.
+    void addText(std::string_view text);
+    /// Where the text of the next cell begins: up to cellRoom bytes can be written there, and then added.
+    char *textPlace() { return at + (shape.isQuoted ? 1 : 0); }
+    void addPlacedText(std::size_t size)
+    {
+        beginCell();
+        at += size;
+        endCell();
+    }
+    /// The number @p magnitude * 10^-decimals, negated if @p isNegative, also where it is 0. All decimals, at most 9,
+    /// are written. The magnitude is less than 10^16.
     void addFixed(bool isNegative, quint64 magnitude, int decimals);
     /// The shortest text that reads back as @p value, which is finite. For a float it reads back as that float.
     void addNumber(double value);
@@ -74,7 +81,12 @@ private:
             *at++ = '"';
         *at++ = ',';
     }
-    void writeFixed(bool isNegative, quint64 magnitude, int decimals);
+    enum class Zeros
+    {
+        Kept,
+        Dropped
+    };
+    void writeFixed(bool isNegative, quint64 magnitude, int decimals, Zeros zeros); // zeros: those at the end
     template <typename Number>
     void addShortest(Number value);
 

@@ -52,9 +52,9 @@ inline constexpr int rewriteRate = 60;
 /// sidecar beside that.
 ///
 /// Both files are written under other names in their folder and renamed when they are complete; on a failure nothing is
-/// left. The source is read twice. Memory does not grow with it: some blocks of a megabyte, and what marks laps. A
-/// .ld log is brought to the common rate in a temporary file beside the target. Throws RewriteError. Re-entrant for
-/// different targets.
+/// left. The source is read twice, with threads for reading and writing. Memory does not grow with it: some blocks of a
+/// megabyte, and what marks laps. A .ld log is brought to the common rate in a temporary file beside the target. Throws
+/// RewriteError. Re-entrant for different targets.
 RewriteSummary rewriteLog(const RewriteOptions &options, bool isBinary);
 
 } // namespace Inspect

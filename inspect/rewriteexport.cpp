@@ -2,6 +2,7 @@
 
 #include "inspect/exportcells.h"
 #include "inspect/rewriteerror.h"
+#include "inspect/rowsahead.h"
 #include "inspect/signalnames.h"
 #include "inspect/textlog.h"
 #include "inspect/words.h"
@@ -140,19 +141,19 @@ public:
     }
 
 private:
-    void open(std::optional<TextLog> &log) const
+    template <typename Log>
+    static void requireOpen(const Log &log)
     {
-        log.emplace(job.options.sourcePath);
-        if (!log->isOpen())
-            throw RewriteError(QStringLiteral("cannot be opened (%1)").arg(log->errorString()));
+        if (!log.isOpen())
+            throw RewriteError(QStringLiteral("cannot be opened (%1)").arg(log.errorString()));
     }
 
     void readShape()
     {
-        std::optional<TextLog> log;
-        open(log);
-        preamble = log->preamble();
-        for (const TextColumn &column : log->columns()) {
+        TextLog log(job.options.sourcePath);
+        requireOpen(log);
+        preamble = log.preamble();
+        for (const TextColumn &column : log.columns()) {
             titles.append(column.title);
             units.append(column.unit);
         }
@@ -167,9 +168,9 @@ private:
         shape.hasValue.resize(static_cast<std::size_t>(titles.size()));
         std::vector<TimedRow> times;
         std::size_t rows = 0;
-        while (rows < triedRows && log->nextRow()) {
+        while (rows < triedRows && log.nextRow()) {
             ++rows;
-            const auto cells = log->cells();
+            const auto cells = log.cells();
             for (std::size_t i = 0; i < cells.size(); ++i) {
                 shape.isQuoted = shape.isQuoted || cells[i].isQuoted;
                 shape.hasDecimalComma = shape.hasDecimalComma || cells[i].text.find(',') != std::string_view::npos;
@@ -265,8 +266,8 @@ private:
                 channels.emplace_back(channel);
         }
         const Progress progress(job.options.progress, 0.0, 0.3);
-        std::optional<TextLog> log;
-        open(log);
+        RowsAhead rows(job.options.sourcePath);
+        requireOpen(rows);
         RowClock clock(rate);
         // A row counts once the next one is there: the last one may break off.
         std::optional<double> said;
@@ -283,12 +284,12 @@ private:
             ++rowCount;
         };
         rowCount = 0;
-        while (log->nextRow()) {
+        while (rows.next()) {
             if (cellCount > 0)
                 count();
             if (clock.falls())
                 return std::nullopt;
-            const auto cells = log->cells();
+            const auto cells = rows.row().cells;
             said = saidTime(cells);
             for (std::size_t i = 0; i < channels.size(); ++i)
                 numbers[i] =
@@ -296,7 +297,7 @@ private:
             isBrokenOff = cells.size() < cellCount;
             cellCount = cells.size();
             if (rowCount % progressRows == 0)
-                progress.tell(static_cast<double>(log->rowOffset()) / static_cast<double>(log->fileBytes()));
+                progress.tell(static_cast<double>(rows.row().offset) / static_cast<double>(rows.fileBytes()));
         }
         if (cellCount == 0)
             throw RewriteError(QStringLiteral("can no longer be read"));
@@ -351,41 +352,36 @@ private:
         writeColumnRows(writer, plan, ownTitles, ownUnits, columns);
 
         const Progress progress(job.options.progress, 0.3, 1.0);
-        std::optional<TextLog> log;
-        open(log);
+        RowsAhead rows(job.options.sourcePath, areRowsKept ? RowsAhead::Numbers::No : RowsAhead::Numbers::Yes);
+        requireOpen(rows);
         RowClock clock(rate);
-        std::array<KeptRow, 2> kept;
-        std::size_t now = 0;
-        double timeBefore = 0.0;
+        RowView last;
+        double lastTime = 0.0;
         bool saidBefore = true;
-        for (qint64 row = 0; row < rowCount && log->nextRow() && !job.file.isFull(); ++row) {
-            const auto cellsOfRow = log->cells();
-            const auto said = saidTime(cellsOfRow);
+        for (qint64 row = 0; row < rowCount && !job.file.isFull() && rows.next(); ++row) {
+            const RowView now = rows.row();
+            const auto said = saidTime(now.cells);
             const double time = clock.next(said);
             isTimeSilent = !said || (!areRowsKept && !saidBefore);
             saidBefore = said.has_value();
-            extraCells = extraCells || cellsOfRow.size() > static_cast<std::size_t>(titles.size());
-            KeptRow &before = kept[1 - now];
-            if (!areRowsKept || row + 1 == rowCount)
-                kept[now].keep(*log);
+            extraCells = extraCells || now.cells.size() > static_cast<std::size_t>(titles.size());
             if (areRowsKept) {
-                writeRow(plan, {cellsOfRow, {}}, {cellsOfRow, {}}, 0.0, time);
+                writeRow(plan, now, now, 0.0, time);
             } else if (clock.beginsStretch()) {
                 if (row > 0)
-                    writeLastOfStretch(plan, before.view(), timeBefore);
+                    writeLastOfStretch(plan, last, lastTime);
                 base = time;
                 gridIndex = 0;
             } else {
-                writeBetween(plan, before, timeBefore, kept[now], time);
+                writeBetween(plan, last, lastTime, now, time);
             }
-            timeBefore = time;
-            now = 1 - now;
+            last = now;
+            lastTime = time;
             if (row % progressRows == 0)
-                progress.tell(static_cast<double>(log->rowOffset()) / static_cast<double>(log->fileBytes()));
+                progress.tell(static_cast<double>(now.offset) / static_cast<double>(rows.fileBytes()));
         }
-        const RowView last = kept[1 - now].view();
         if (!areRowsKept)
-            writeLastOfStretch(plan, last, timeBefore);
+            writeLastOfStretch(plan, last, lastTime);
         if (const auto closing = plan.closingTime()) {
             writeRow(plan, last, last, 0.0, *closing, true);
             job.summary.remarks.append(closingRemark(*closing));
@@ -398,12 +394,11 @@ private:
 
     double gridTime() const { return base + static_cast<double>(gridIndex) / rewriteRate; }
 
-    void writeBetween(LapPlan &plan, KeptRow &from, double fromTime, KeptRow &to, double toTime)
+    void writeBetween(LapPlan &plan, const RowView &from, double fromTime, const RowView &to, double toTime)
     {
         while (gridTime() < toTime - sameInstant) {
             const double time = gridTime();
-            writeRow(plan, from.viewWithNumbers(), to.viewWithNumbers(),
-                     std::max((time - fromTime) / (toTime - fromTime), 0.0), time);
+            writeRow(plan, from, to, std::max((time - fromTime) / (toTime - fromTime), 0.0), time);
             ++gridIndex;
         }
     }

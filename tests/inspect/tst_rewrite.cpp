@@ -444,6 +444,102 @@ private Q_SLOTS:
         QVERIFY2(transcript().contains(result), result);
     }
 
+    void numbers()
+    {
+        std::mt19937_64 random(3);
+        QBuffer buffer;
+        QVERIFY(buffer.open(QIODevice::WriteOnly));
+        BlockWriter block(buffer);
+        ExportWriter writer(block, {true, ',', "\n", 1});
+        QByteArray expected;
+        for (int i = 0; i < 20000; ++i) {
+            const int decimals = i % 10;
+            quint64 magnitude = (random() % 1'000'000'000'000'000) >> (random() % 50);
+            if (i % 3 == 0)
+                magnitude -= magnitude % 1000; // zeros at the end
+            const double value = static_cast<double>(magnitude) / std::pow(10.0, decimals);
+            QByteArray text = QByteArray::number(magnitude).rightJustified(decimals + 1, '0');
+            if (decimals > 0)
+                text.insert(text.size() - decimals, ',');
+            expected += "\"-" + text + "\",";
+            while (decimals > 0 && text.endsWith('0'))
+                text.chop(1);
+            if (text.endsWith(','))
+                text.chop(1);
+            expected += '"' + text + "\",\"" + (magnitude > 0 ? "-" : "") + text + "\"\n";
+            writer.beginRow(3, 3 * ExportWriter::cellRoom);
+            writer.addFixed(true, magnitude, decimals);
+            writer.addRounded(value, decimals);
+            writer.addRounded(-value, decimals);
+            writer.endRow();
+        }
+        QVERIFY(block.flush());
+        QCOMPARE(buffer.data().split('\n'), expected.split('\n'));
+    }
+
+    // Many blocks of rows and bytes go through the threads that read and write; one row is longer than a block.
+    void longLog_data()
+    {
+        const Table<int> row("rate");
+        row("kept rows", 60);
+        row("interpolated rows", 20);
+    }
+    void longLog()
+    {
+        QFETCH(int, rate);
+        constexpr int rowCount = 30000;
+        const QList<Column> columns(8, {u"Count"_s, [](double time) { return 60.0 * time; }});
+        QByteArray content =
+            drive("\"Sample Rate\",\"" + QByteArray::number(rate) + '"', columns, rate, rowCount / 60.0);
+        const qsizetype middle = content.indexOf("\n\"", content.size() / 2) + 2;
+        content.insert(middle, QByteArray(300000, ' '));
+        TextLog log(rewritten(content));
+        int rows = 0;
+        for (; log.nextRow(); ++rows) {
+            QCOMPARE(log.cells().size(), 10U);
+            for (std::size_t i = 2; i < 10; ++i)
+                QCOMPARE(qRound64(1e4 * *numberIn(log.cells()[i])), rows * 10000LL);
+        }
+        QCOMPARE(rows, rate == 60 ? rowCount : rowCount - 2);
+        QVERIFY(QFile(files.path(u"new.csv"_s)).size() > (2 << 20));
+    }
+
+    // A device that is full in the third megabyte: what it took is right, and the error is told.
+    void fullDevice()
+    {
+        class Device : public QIODevice
+        {
+        public:
+            QByteArray taken;
+
+        protected:
+            qint64 readData(char *, qint64) override { return -1; }
+            qint64 writeData(const char *data, qint64 count) override
+            {
+                if (taken.size() > (2 << 20)) {
+                    setErrorString(u"full"_s);
+                    return -1;
+                }
+                taken.append(data, count);
+                return count;
+            }
+        };
+        Device device;
+        QVERIFY(device.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        BlockWriter writer(device);
+        QByteArray all;
+        for (int i = 0; i < 600000; ++i) {
+            const QByteArray text = QByteArray::number(i);
+            all += text;
+            writer.write(text);
+        }
+        QVERIFY(!writer.flush());
+        QVERIFY(writer.isFull());
+        QCOMPARE(writer.errorText(), u"full"_s);
+        QVERIFY(device.taken.size() > (2 << 20));
+        QVERIFY(all.startsWith(device.taken));
+    }
+
     void refusals_data()
     {
         const QByteArray log = drive(rate60 + "\n\"Beacon Markers\",\"15 12.5\"", {position}, 60, 1.0);
