@@ -177,7 +177,7 @@ private Q_SLOTS:
                              const QString &expected) { row(name, channels, marks, 0.0, times, expected); };
         const LapMarks marks = marksAt({20, 40});
         const Samples dead(60, 0.0);
-        const Samples way = run(0, 10, 60);
+        const Samples way = run(0, 10, 10) + run(100, 20, 50);
         const Samples timer = run(5, 1, 20) + run(0.25, 1, 20) + run(0.25, 1, 20);
         const Samples position = run(0.25, 0.05, 15) + run(0, 0.05, 20) + run(0, 0.05, 20) + run(0, 0.05, 5);
 
@@ -188,20 +188,20 @@ private Q_SLOTS:
         add("one mark", {}, marksAt({40}), {0, 40, 59}, u"llll; 0 0 1e-06 0; 1 40000 1e-06 0; 1 40000 19 47.5"_s);
         add("a mark that is the start of the log", {}, marksAt({0, 20, 40}), {0, 20},
             u"llll; 0 0 1e-06 0; 1 20000 1e-06 0"_s);
-        add("a mark at the first row", {}, marksAt({-0.4, 20, 40}), {0, 10, 20},
-            u"llll; 0 0 0.4 0; 0 0 10.4 50; 1 20400 1e-06 0"_s);
+        add("a mark at the first row", {}, marksAt({-0.4, 10, 40}), {0, 5, 10},
+            u"llll; 0 0 0.4 0; 0 0 5.4 50; 1 10400 1e-06 0"_s);
         add("marks at the last row and just after it", {}, marksAt({20, 59, 60.5}), {20, 59, 60.5},
             u"llll; 1 20000 1e-06 0; 2 39000 1e-06 0; 3 1500 1e-06 0; closed at 60.5"_s);
         add("marks outside and too close", {}, marksAt({-9, 20, 20.9, 21, 40, 61}), {20, 21},
             u"llll; 1 20000 1e-06 0; 2 1000 1e-06 0; not used, as they lie outside the rows, which last from 0.000 to 59.000 s: 2 of the 6 marks of M; not used, as they come less than 1 s after another: 1 mark of M"_s);
-        add("marks of the user", {{LapRole::LapNumber, run(3, 1, 60)}, {LapRole::LogDistance, way}}, byUser, {0, 20},
-            u"llll; 0 0 1e-06 0; 1 20000 1e-06 0"_s);
+        add("marks of the user", {{LapRole::LapNumber, run(3, 1, 60)}, {LapRole::LogDistance, way}}, byUser, {5, 20},
+            u"llll; 0 0 5 37.5; 1 20000 1e-06 0"_s);
         add("marks of the user outside", {}, {byUser.origin, {20, 99}}, {},
             u"1 mark of --laps-at lies outside the rows, which last from 0.000 to 59.000 s"_s);
         add("marks of the user and a position", {{LapRole::Position, position, 100.0, true}}, byUser, {},
             u"both the given marks and \"C\" say where laps begin, expected one of them"_s);
         add("distance", {{LapRole::LapDistance, dead}, {LapRole::LogDistance, way}}, marksAt({5, 30, 50}), {0, 30, 59},
-            u"llll; 0 0 1e-06 80; 2 25000 1e-06 0; 3 20000 9 36"_s);
+            u"llll; 0 0 1e-06 88.8889; 2 25000 1e-06 0; 3 20000 9 40"_s);
         add("distance within the lap",
             {{LapRole::LogDistance, way},
              {LapRole::LapDistance, run(100, 10, 20) + run(5, 10, 10) + run(95, 9, 10) + run(5, 20, 20)}},
@@ -223,9 +223,10 @@ private Q_SLOTS:
             {{LapRole::LastLapTime, dead},
              {LapRole::LastLapTime, Samples(22, 0.0) + Samples(20, 4.031) + Samples(14, 20.1) + Samples(4, 19.9)}},
             marks, {0, 20, 40}, u"lllf; 0 0 1e-06 0; 1 4031 1e-06 0; 2 19900 1e-06 0"_s);
-        add("last lap time against the marks", {{LapRole::LastLapTime, Samples(22, 3.0) + Samples(38, 20.55)}},
+        add("last lap time against the marks",
+            {{LapRole::LastLapTime, Samples(22, 3.0) + Samples(20, 25.0) + Samples(18, 20.45)}},
             marksAt({-0.125, 20, 40}), {0, 20, 40},
-            u"lllf; 0 3000 0.125 0; 1 20550 1e-06 0; 2 20000 1e-06 0; \"C\" differs from the time between the marks by more than 0.5 s in 1 lap; there the marks count"_s);
+            u"lllf; 0 3000 0.125 0; 1 20125 1e-06 0; 2 20450 1e-06 0; \"C\" differs from the time between the marks by more than 0.5 s in 1 lap; there the marks count"_s);
         add("last lap time below zero", {{LapRole::LastLapTime, Samples(42, -1.0) + Samples(18, 20.0)}}, marks,
             {0, 20, 40}, u"lllf; 0 0 1e-06 0; 1 0 1e-06 0; 2 20000 1e-06 0"_s);
         add("mapped position that never falls",
