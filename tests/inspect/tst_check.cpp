@@ -124,6 +124,28 @@ private Q_SLOTS:
         QTEST(outline(checkText(path, import(path))), "expected");
     }
 
+    // What every command says of a log on its way.
+    void remarks_data()
+    {
+        const Table<QByteArray, QString> row("content", "expected");
+        const QByteArray one = "Sample Rate,0.001\n\n" + drivingTitles + "\n,\n\n1,1,1,1\n2,1,2,1\n";
+        row("two long laps", soundExport("Sample Rate,0.001\n"), {});
+        row("one long lap", one, u"one lap of 33 min 20 s"_s);
+        row("one long lap that is thinned", QByteArray(one).replace("0.001", "0.00360"), u"one lap of 27 min 47 s"_s);
+        row("quoted points far down", soundExport("K,V\n", QByteArray("9,").repeated(50) + "\"9.5\""),
+            u"fields read as zero because of their quotes: \"9.5\" in line 56"_s);
+        row("some channels missing", soundExport().replace("Lap Number", "A").replace("Lap Last Lap Time", "B"),
+            u"no channel \"Lap Number\", \"Lap Last Lap Time\""_s);
+        row("none, and quoted points", "K,V\n\nA,B\n,\n\n1,\"2.5\"\n2,3\n",
+            u"fields read as zero because of their quotes: \"2.5\" in line 6; none of the channels that laps come from"_s);
+    }
+    void remarks()
+    {
+        QFETCH(QByteArray, content);
+        const QString path = files.write(u"remark.csv"_s, content);
+        QTEST(remarkOnText(path, import(path)), "expected");
+    }
+
     // Where a limit ends the import, the file has rows left over.
     void unreadRows()
     {
