@@ -433,7 +433,7 @@ private Q_SLOTS:
         QFETCH(std::vector<double>, lapsAt);
         RewriteOptions options;
         if (!lapsAt.empty())
-            options.lapsAt = lapsAt;
+            options.lapsAt.emplace(lapsAt); // an assignment makes GCC 12 warn under AddressSanitizer
         const QByteArray sidecar = sidecarMarks.isEmpty() ? QByteArray() : sidecarOf(sidecarMarks);
         QFile file(rewritten(LdWriter::log(channels), options, sidecar, true));
         QVERIFY(file.open(QIODevice::ReadOnly));
