@@ -418,7 +418,7 @@ private Q_SLOTS:
                                                                             : float(97 + i); })},
             {}, {});
         row("its own time", {channel("B", {1, 2, 3}), channel("TIME", {5017, 5033, 5050}, "s", 60, 3)}, {}, {});
-        row("time in minutes", {channel("Time", {0, 1, 2}, "min", 60, 2)}, {}, {});
+        row("time in minutes", {channel("Time", {0, 2, 3}, "min", 60, 2)}, {}, {});
         row("time that is short", {channel("Time", {0, 17}, "s", 60, 3), channel("B", {1, 2, 3})}, {}, {});
         row("time that jumps", {channel("Time", {0, 17, 93}, "s", 60, 3), channel("Gone", {1}, {}, 0)}, {}, {});
         row("marks of the sidecar", {channel("B", {1, 2, 3})}, "45000", {});
@@ -549,6 +549,8 @@ private Q_SLOTS:
             u"no data rows; expected a header, channel names, units and rows"_s);
         row("no time and no rate", "\"a\",\"b\"\n\n\"x\",\"y\"\n\"\",\"\"\n\n1,2\n3,4\n", false, {},
             u"it has neither a column \"Time\" nor a \"Sample Rate\" to time its rows by"_s);
+        row("rows too far apart", "\"Sample Rate\",\"0.05\"\n\n\"a\",\"b\"\n\"\",\"\"\n\n1,2\n", false, {},
+            u"its rows come 20 s apart, expected at most 10 s"_s);
         row("falling marks", falling, false, {},
             u"the marks of the header row \"Beacon Markers\" contradict each other: 12.500 comes after 15.000"_s);
         row("no such channel", log, false, u"Nothing"_s,
