@@ -199,6 +199,7 @@ private Q_SLOTS:
         row("odd plug-in's message", "+ @log.csv", 0, "[odd plugin] two\uFFFD\uFFFDlines\n");
         row("values of the usual lap", "values @log.csv", 0,
             "log.csv: values of the lap with index 1; --lap selects another\n");
+        row("no setup", "setup --json @nosetup.csv", 0, "nosetup.csv: no setup values, expected them in ");
         row("no log", "", 2, "no log given");
         row("log after --", "setup -- -x", 1, "orva-host: ./-x: no such file\n");
         row("no log for a command", "laps -q", 2, "no log given (see orva-host laps --help)");
