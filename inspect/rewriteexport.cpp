@@ -294,7 +294,7 @@ private:
             for (std::size_t i = 0; i < channels.size(); ++i)
                 numbers[i] =
                     numberOf(cells, channels[i].channel().column).value_or(std::numeric_limits<double>::quiet_NaN());
-            isBrokenOff = cells.size() < cellCount;
+            isBrokenOff = cells.size() < std::min(cellCount, static_cast<std::size_t>(titles.size()));
             cellCount = cells.size();
             if (rowCount % progressRows == 0)
                 progress.tell(static_cast<double>(rows.row().offset) / static_cast<double>(rows.fileBytes()));

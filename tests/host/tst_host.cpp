@@ -235,6 +235,8 @@ private Q_SLOTS:
         row("page is a hard link of the log", "report --force -o @linked @log.csv", 1, "linked: a log or its sidecar");
         row("page of no such channel", "report --force -o @page --traces rpm @log.csv", 1,
             "no channel \"rpm\" in any lap");
+        row("page with a remark", "report --strict --force -o @page @single.csv", 3,
+            "single.csv: no channel \"Lap Number\"");
         row("page is a folder", "report --force -o @ @log.csv", 1, "a folder, expected the name of a file to write");
         row("page is a pipe", "report --force -o @pipe @log.csv", 1, "pipe: not a regular file");
         row("page in no folder", "report -o @no/page @log.csv", 1, "no/page: cannot be written (");
