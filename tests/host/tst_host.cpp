@@ -438,7 +438,9 @@ private Q_SLOTS:
             {"<h1>Hill · Anna, &lt;Ben&gt;</h1>", "<b>B</b>&lt;Ben&gt;<",
              "At first the fastest lap of each log is shown.",
              R"(value="1" checked> A 5</label></td><td class="number">1:40.000</td><td class="number">+5.000<)",
-             R"(value="2"> A 6<)", R"(class="best"><td><label><input type="checkbox" value="5" checked> B 1<)",
+             R"(> A 0</label></td><td class="number">1:40.000</td><td class="number"></td>)",
+             "compared with B 1; above", R"(value="2"> A 6<)",
+             R"(class="best"><td><label><input type="checkbox" value="5" checked> B 1<)",
              R"("name":"A 5","best":false,"finished":true,"fastest":true,"values":[[0,0,0,1,)",
              R"("name":"B 1","best":true,"finished":true,"fastest":true,"values":[[0,1,0,1,)", // metres per second
              "<tr class=\"differs\"><td>Wing<", "<tr><td>Same<", "<tr><td>Own<"});
