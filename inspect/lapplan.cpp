@@ -472,11 +472,12 @@ void LapPlan::setPositions()
             source.origin += QStringLiteral(" times %1").arg(source.scale);
         const auto unsettled =
             std::count_if(laps.begin(), laps.end(), [](const Lap &lap) { return lap.settled > lap.start; });
-        if (unsettled == 0)
-            return;
-        notes.append(QStringLiteral("%1 goes back over the line at the start of %2; its values are replaced there, so "
-                                    "that the import begins each lap once")
-                         .arg(source.origin, counted(unsettled, QStringLiteral("lap"))));
+        if (unsettled > 0)
+            notes.append(
+                QStringLiteral("%1 goes back over the line at the start of %2; it is 0 there, so that the import "
+                               "begins each lap once")
+                    .arg(source.origin, counted(unsettled, QStringLiteral("lap"))));
+        return;
     }
     if (!areLapsKnown && !laps.front().isWhole)
         return;
@@ -514,8 +515,6 @@ void LapPlan::setPositions()
         lap.percentPer = length > 0.0 ? percentPerLap / length : 0.0;
         lap.base = countsBack ? percentPerLap : 0.0;
     }
-    if (positionChannel)
-        return;
     const bool isByWay = std::any_of(laps.begin(), laps.end(), [](const Lap &lap) { return lap.isByWay; });
     setSource(LapRole::Position,
               isByWay ? QStringLiteral("distance within the lap, from %1").arg(quoted(wayChannel->channel().title))

@@ -46,8 +46,9 @@ QString rateText(double rate)
 class RowClock
 {
 public:
-    explicit RowClock(double rowsPerSecond)
+    RowClock(double rowsPerSecond, double firstTime)
         : rate(rowsPerSecond)
+        , base(firstTime)
     {
     }
 
@@ -55,9 +56,10 @@ public:
     double next(std::optional<double> said)
     {
         const double expected = base + static_cast<double>(index) / rate;
-        const double step = said && hasSaid ? *said - lastSaid : 0.0;
+        const double step = !said ? 0.0 : hasSaid ? *said - lastSaid : *said - expected;
         isGap = step > (longestStep + static_cast<double>(silentRows)) / rate;
-        falling = falling || step < -0.5 / rate;
+        const bool isBeforeLast = said && count > 0 && *said < expected - 1.5 / rate;
+        falling = falling || step < -0.5 / rate || isBeforeLast;
         gapCount += isGap ? 1 : 0;
         if (said) {
             if (!hasSaid || std::abs(*said - expected) > 0.5 / rate) {
@@ -81,7 +83,7 @@ public:
 
 private:
     double rate;
-    double base = 0.0;
+    double base;
     qint64 index = 0; // of the row, since base
     qint64 count = 0;
     double lastSaid = 0.0; // by the time column
@@ -105,7 +107,8 @@ struct Shape
     bool isQuoted = false;
     bool hasDecimalComma = false;
     std::size_t timedRows = 0;
-    double timeStep = 0.0;      // between two rows, by the time column; 0 where that does not tell
+    double timeStep = 0.0; // between two rows, by the time column; 0 where that does not tell
+    std::optional<TimedRow> firstTime;
     std::vector<bool> hasValue; // of each column
 };
 
@@ -191,6 +194,8 @@ private:
         if (titles.isEmpty())
             throw RewriteError(QStringLiteral("no channel names before its rows"));
         shape.timedRows = times.size();
+        if (!times.empty())
+            shape.firstTime = times.front();
         shape.timeStep = usualStep(times);
     }
 
@@ -250,6 +255,13 @@ private:
             rate = rewriteRate;
     }
 
+    // The first row need not say its time.
+    RowClock startedClock() const
+    {
+        return RowClock(rate, hasClock && shape.firstTime ? shape.firstTime->time - (shape.firstTime->row - 1.0) / rate
+                                                          : 0.0);
+    }
+
     std::optional<double> saidTime(std::span<const Cell> cells) const
     {
         const auto time = hasClock ? numberOf(cells, timeColumn) : std::nullopt;
@@ -268,7 +280,7 @@ private:
         const Progress progress(job.options.progress, 0.0, 0.3);
         RowsAhead rows(job.options.sourcePath);
         requireOpen(rows);
-        RowClock clock(rate);
+        RowClock clock = startedClock();
         // A row counts once the next one is there: the last one may break off.
         std::optional<double> said;
         std::vector<double> numbers(channels.size());
@@ -354,7 +366,7 @@ private:
         const Progress progress(job.options.progress, 0.3, 1.0);
         RowsAhead rows(job.options.sourcePath, areRowsKept ? RowsAhead::Numbers::No : RowsAhead::Numbers::Yes);
         requireOpen(rows);
-        RowClock clock(rate);
+        RowClock clock = startedClock();
         RowView last;
         double lastTime = 0.0;
         bool saidBefore = true;
