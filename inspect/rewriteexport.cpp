@@ -38,7 +38,10 @@ std::optional<double> numberOf(std::span<const Cell> cells, std::size_t column)
 
 QString rateText(double rate)
 {
-    return QStringLiteral("%1 rows per second").arg(std::round(rate * 1000.0) / 1000.0);
+    const double rounded = std::round(rate * 1000.0) / 1000.0;
+    return QStringLiteral("%1 %2 per second")
+        .arg(rounded)
+        .arg(rounded == 1.0 ? QStringLiteral("row") : QStringLiteral("rows"));
 }
 
 // When each row was recorded. Rows come at even times: what a time column says is rounded, so it only shows where they
