@@ -155,9 +155,8 @@ private:
                                 .arg(kind->size())
                                 .arg(places.size())
                                 .arg(verb, kind.key(), listOf(*kind));
-            finding.read = hasNoRate
-                               ? QStringLiteral("The import skips channels without a sample rate.")
-                               : QStringLiteral("The import reads only 16-bit and 32-bit integers.");
+            finding.read = hasNoRate ? QStringLiteral("The import skips channels without a sample rate.")
+                                     : QStringLiteral("The import reads only 16-bit and 32-bit integers.");
             finding.remedy =
                 hasNoRate ? QStringLiteral("Nothing can be done: without a rate, the times of the samples are unknown.")
                           : QStringLiteral("Run \"orva-host rewrite\" on the log: it also reads floating point.");
