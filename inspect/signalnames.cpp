@@ -29,6 +29,7 @@ constexpr std::array signalNames{
     SignalName{Signal::Speed, QLatin1String("speed")},
     SignalName{Signal::Speed, QLatin1String("drivespeed")},
     SignalName{Signal::Speed, QLatin1String("gpsspeed")},
+    SignalName{Signal::Speed, QLatin1String("wheelspeed")},
     SignalName{Signal::Speed, QLatin1String("wheelspeedfl")},
     SignalName{Signal::Speed, QLatin1String("wheelspeedfr")},
     SignalName{Signal::Speed, QLatin1String("wheelspeedrl")},
