@@ -322,7 +322,7 @@ void printTextValues(TextLog &file, const std::vector<std::size_t> &indices, Out
     }
 }
 
-// The numbers of the columns @p indices, NaN where a cell is none.
+// The numbers of the columns @p indices, NaN where a cell is not a number.
 std::vector<std::vector<double>> columnNumbers(TextLog &file, const std::vector<std::size_t> &indices)
 {
     std::vector<std::vector<double>> columns(indices.size());

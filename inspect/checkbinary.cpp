@@ -243,7 +243,7 @@ private:
                                                         : QStringLiteral("%1 channels claim").arg(unread.size()))
                                 .arg(log.fileBytes())
                                 .arg(listOf(unread));
-            finding.read = QStringLiteral("The import leaves out what it cannot believe.");
+            finding.read = QStringLiteral("The import leaves out channels with such counts.");
             finding.remedy = QStringLiteral("Copy the log from the logger again; it is damaged or cut off.");
         }
         if (!cutOff.isEmpty()) {
@@ -281,7 +281,7 @@ private:
         }
     }
 
-    // In the order in which a rewriting takes them.
+    // In the order of preference of a rewriting.
     void judgeLaps()
     {
         std::vector<LapEvidence> evidence;

@@ -339,7 +339,7 @@ private:
             list.addConstantChannels(laps, except);
     }
 
-    // In the order in which a rewriting takes them.
+    // In the order of preference of a rewriting.
     void judgeLaps()
     {
         std::vector<LapEvidence> evidence;

@@ -518,7 +518,7 @@ void LapPlan::setPositions()
     const bool isByWay = std::any_of(laps.begin(), laps.end(), [](const Lap &lap) { return lap.isByWay; });
     setSource(LapRole::Position,
               isByWay ? QStringLiteral("distance within the lap, from %1").arg(quoted(wayChannel->channel().title))
-                      : QStringLiteral("time within the lap, as there is no distance"));
+                      : QStringLiteral("time within the lap (the log has no usable distance)"));
 }
 
 // A log that has the very channels of the import keeps them as they are, if the import gets the same laps from them.

@@ -214,12 +214,12 @@ private Q_SLOTS:
         row("flag with a value", "--json=3 @log.csv", 2, "--json takes no value");
         row("lap is beyond any", "--lap 99999999999999999999 @log.csv", 2, "--lap is \"99999999999999999999\"");
         row("quote within a name", "values -c a\"b,c @log.csv", 1, "no channel \"a\"b\" in lap 1");
-        row("mark that is no number", "rewrite -o @x --laps-at 1,x @log.csv", 2,
+        row("mark that is not a number", "rewrite -o @x --laps-at 1,x @log.csv", 2,
             "--laps-at is \"1,x\", expected seconds");
         row("mark without end", "rewrite -o @x --laps-at 1,inf @log.csv", 2, "expected seconds such as");
         row("marks that fall", "rewrite -o @x --laps-at 1,1 @log.csv", 2,
             "--laps-at is \"1,1\", expected rising seconds");
-        row("map of no channel", "rewrite -o @x --map Lap=Lap @log.csv", 2,
+        row("map of an unknown driving channel", "rewrite -o @x --map Lap=Lap @log.csv", 2,
             "expected NAME=CHANNEL, where NAME is one of");
         row("map without a sign", "rewrite -o @x --map LapNumber @log.csv", 2,
             "--map is \"LapNumber\", expected NAME=");
@@ -233,14 +233,14 @@ private Q_SLOTS:
         row("page is the log", "report --force -o @log.csv @nosetup.csv @log.csv", 1, "log.csv: a log or its sidecar");
         row("page is the sidecar", "report --force -o @log.ldx @log.csv", 1, "log.ldx: a log or its sidecar");
         row("page is a hard link of the log", "report --force -o @linked @log.csv", 1, "linked: a log or its sidecar");
-        row("page of no such channel", "report --force -o @page --traces rpm @log.csv", 1,
+        row("page of an unknown channel", "report --force -o @page --traces rpm @log.csv", 1,
             "no channel \"rpm\" in any lap");
         row("page with a remark", "report --strict --force -o @page @single.csv", 3,
             "single.csv: no channel \"Lap Number\"");
         row("page is a folder", "report --force -o @ @log.csv", 1, "a folder, expected the name of a file to write");
         row("page is a pipe", "report --force -o @pipe @log.csv", 1, "pipe: not a regular file");
-        row("page in no folder", "report -o @no/page @log.csv", 1, "no/page: cannot be written (");
-        row("page of no such lap", "report --force -o @page --laps 1,3 @log.csv", 1, "no lap with index 3");
+        row("page in a missing folder", "report -o @no/page @log.csv", 1, "no/page: cannot be written (");
+        row("page of an unknown lap", "report --force -o @page --laps 1,3 @log.csv", 1, "no lap with index 3");
         row("missing file", "@gone.csv", 1, "gone.csv: no such file\n");
         row("directory", "@", 1, ": a folder, expected a log file");
         row("pipe", "@pipe", 1, "pipe: not a regular file");
