@@ -423,8 +423,8 @@ private Q_SLOTS:
         row("time that jumps", {channel("Time", {0, 17, 93}, "s", 60, 3), channel("Gone", {1}, {}, 0)}, {}, {});
         row("marks of the sidecar", {channel("B", {1, 2, 3})}, "45000", {});
         row("marks of the user", {channel("B", {1, 2, 3})}, "20000", {0.01});
-        row("a sample that is NaN",
-            {singles("F", 60, 3, [none](int i) { return i == 1 ? none : 1e-7F * float(i); })}, {}, {});
+        row("a sample that is NaN", {singles("F", 60, 3, [none](int i) { return i == 1 ? none : 1e-7F * float(i); })},
+            {}, {});
     }
     void wholeLogs()
     {
